@@ -1,0 +1,45 @@
+#pragma once
+
+#include "framework/CxAbstractAVCodec.h"
+
+#include <map>
+#include <mutex>
+
+/// The one place where a track's FourCC or an encoder's display name turns into a codec object.
+///
+/// Filled while the module loads and read afterwards: look-ups take no lock, so `AddCodec` must not run beside
+/// them. The object lives from the first `getInstance` to the end of the process, when each factory is shut
+/// down and deleted in the order of registration.
+class CxAVCodecRegistry {
+public:
+    /// The registry, built on the first call; safe from any thread.
+    CORVEX_API static CxAVCodecRegistry* getInstance();
+
+    /// Registers a factory, which the registry owns from then on.
+    /// @return the factory; null if its `FillCodecInfo` refused, in which case it was deleted
+    CORVEX_API CxAbstractCodecFactory* AddCodec(CxAbstractCodecFactory* factory);
+
+    /// Whether any factory claims the code. Nothing is opened, so `CreateDecoder` may still fail.
+    CORVEX_API static bool CanCreateDecoder(uint32_t fourCC);
+    /// Opens a decoder for the source's FourCC: the first factory in order of registration whose codec opens.
+    /// @return the decoder, which the caller owns, or null
+    CORVEX_API static CxAbstractAVCodec* CreateDecoder(CxAbstractDataSource* source);
+    /// Makes an encoder by its exact display name; the earliest factory wins. `Open` is not run.
+    /// @return the encoder, which the caller owns, or null
+    CORVEX_API static CxAbstractAVCodec* CreateEncoder(std::string name);
+    /// Factories that claim the code, in order of registration; one that was added twice is listed twice.
+    CORVEX_API static std::vector<const CxAbstractCodecFactory*> GetDecoderFactories(uint32_t fourCC);
+    /// Appends all encoder rows, in order of registration, if `encoders` is true; decoders are never listed.
+    /// @return whether `out` is non-empty, rows that were there before the call included
+    CORVEX_API static bool ListAllCodecs(bool encoders, std::vector<CxEncoderInfo>& out);
+
+private:
+    CxAVCodecRegistry() = default;
+    ~CxAVCodecRegistry();
+
+    std::mutex lock; ///< taken by `AddCodec` only
+    std::multimap<uint32_t, CxAbstractCodecFactory*> decoders;
+    std::multimap<std::string, CxAbstractCodecFactory*> encoders;
+    std::vector<CxEncoderInfo> encoderInfos;
+    std::vector<CxAbstractCodecFactory*> factories; ///< each once; owned
+};

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "framework/Export.h"
+
+#include <cstdint>
+
+class Image;
+
+/// Moves pixels between an image and a blob: one contiguous buffer of packed rows, top row of the picture
+/// first, in a packing that a FourCC names. RGB packings are converted here, row by row on the host's threads;
+/// YUV packings go to the host's colour conversion. docs/pixel-formats.md lists the packings and which
+/// operation takes which.
+class PixelConvert {
+public:
+    /// Bytes of one row of `width` pixels; 0 for a code without a row size of its own.
+    CORVEX_API static int32_t CalcRowBytes(uint32_t fourCC, uint32_t width);
+
+    /// Writes a blob's pixels into `image`, over the image's `Width` and `Height`.
+    ///
+    /// @param blob      `Height` rows of `rowBytes` bytes each (`rp16`: three such planes); read-only, not kept
+    /// @param rowBytes  bytes from one row to the next; at least what the packing needs for the image's width
+    /// @return false for an unknown code, a null blob or image, or a row size too small for the image
+    CORVEX_API static bool BlobToImage(uint8_t* blob, uint32_t rowBytes, uint32_t fourCC, Image*& image);
+
+    /// Writes the image's pixels into `blob`.
+    ///
+    /// @param blob  at least `Height` times `rowBytes` bytes; null asks for a buffer of that size, which then
+    ///              belongs to the caller, also on failure, and is freed with `Platform::FreeMemAligned`
+    /// @param flag  handed to the host's colour conversion; no effect on RGB packings
+    /// @return false for an unknown code, a null image, a failed allocation or a row size too small for the
+    ///         image
+    CORVEX_API static bool ImageToBlob(Image*& image, int32_t fourCC, int32_t rowBytes, uint8_t*& blob,
+                                       bool flag);
+};
