@@ -73,6 +73,10 @@ public:
     /// @return true
     CORVEX_HOST_API bool DoMultiProcess(RowFunction fn, void* context, int count, ImgMPData* data, bool flag);
 
+    /// Whether all four accessors are those that `Allocate` set for the image's `DataFormat`, so that a caller
+    /// may work on the plain interleaved channels itself with the same results.
+    CORVEX_HOST_API bool HasHostAccessors() const;
+
     /// Whether the image has main pixel data: `RowTable` is neither null nor all ones.
     bool HasMainData() const {
         return RowTable != nullptr && reinterpret_cast<uintptr_t>(RowTable) != UINTPTR_MAX;
