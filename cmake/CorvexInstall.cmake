@@ -1,1 +1,38 @@
-# Installation rules; filled in with the package files.
+# Installs a tree that can be moved as a whole: libraries, headers, the command, and the files by which CMake
+# and pkg-config find them.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS corvexvideoformats corvexsystem corvexscript
+    EXPORT corvexvideoformatsTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(TARGET corvexvf)
+    install(TARGETS corvexvf RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+foreach(folder host framework pixel codecs)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/${folder}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/corvexvideoformats
+        FILES_MATCHING PATTERN "*.h")
+endforeach()
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/corvexvideoformats)
+install(EXPORT corvexvideoformatsTargets NAMESPACE corvexvideoformats:: DESTINATION ${package_dir})
+configure_package_config_file(
+    ${PROJECT_SOURCE_DIR}/cmake/corvexvideoformatsConfig.cmake.in
+    ${CMAKE_BINARY_DIR}/corvexvideoformatsConfig.cmake
+    INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(
+    ${CMAKE_BINARY_DIR}/corvexvideoformatsConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_BINARY_DIR}/corvexvideoformatsConfig.cmake
+    ${CMAKE_BINARY_DIR}/corvexvideoformatsConfigVersion.cmake
+    DESTINATION ${package_dir})
+
+# The pkg-config file names its own place, so that a moved tree stays right.
+file(RELATIVE_PATH prefix_from_pkgconfig
+    /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
+configure_file(
+    ${PROJECT_SOURCE_DIR}/cmake/corvexvideoformats.pc.in ${CMAKE_BINARY_DIR}/corvexvideoformats.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/corvexvideoformats.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
