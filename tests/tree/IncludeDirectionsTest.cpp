@@ -56,7 +56,8 @@ TEST(IncludeDirections, AFolderIncludesOnlyItselfAndTheFoldersBelowIt) {
         for (const auto& entry : fs::recursive_directory_iterator(root)) {
             if (!entry.is_regular_file()) continue;
             ++filesRead;
-            for (const std::string& line : Violations(entry.path(), allowed)) ADD_FAILURE() << line;
+            for (const std::string& line : Violations(entry.path(), allowed))
+                ADD_FAILURE() << line;
         }
     }
     EXPECT_GT(filesRead, 10u);
