@@ -7,16 +7,18 @@
 
 /// The one place where a track's FourCC or an encoder's display name turns into a codec object.
 ///
-/// Filled while the module loads and read afterwards: look-ups take no lock, so `AddCodec` must not run beside
-/// them. The object lives from the first `getInstance` to the end of the process, when each factory is shut
-/// down and deleted in the order of registration.
+/// Filled while the module loads and read afterwards: look-ups take no lock, so `AddCodec` must not run
+/// beside them. The object lives from the first `getInstance` to the end of the process, when each factory is
+/// shut down and deleted in the order of registration. From then on every look-up gives the empty answer.
 class CxAVCodecRegistry {
 public:
-    /// The registry, built on the first call; safe from any thread.
-    CORVEX_API static CxAVCodecRegistry* getInstance();
+    /// The registry, built on the first call; null once it is torn down. Safe from any thread. The process is
+    /// aborted if it can't be built.
+    CORVEX_API static CxAVCodecRegistry* getInstance() noexcept;
 
-    /// Registers a factory, which the registry owns from then on.
-    /// @return the factory; null if its `FillCodecInfo` refused, in which case it was deleted
+    /// Registers a factory, which the registry owns from then on. Adding one again enters its codes and rows
+    /// again; it stays one factory, also if it refuses then.
+    /// @return the factory; null if its `FillCodecInfo` refused, in which case it was deleted; null for null
     CORVEX_API CxAbstractCodecFactory* AddCodec(CxAbstractCodecFactory* factory);
 
     /// Whether any factory claims the code. Nothing is opened, so `CreateDecoder` may still fail.
@@ -26,7 +28,7 @@ public:
     CORVEX_API static CxAbstractAVCodec* CreateDecoder(CxAbstractDataSource* source);
     /// Makes an encoder by its exact display name; the earliest factory wins. `Open` is not run.
     /// @return the encoder, which the caller owns, or null
-    CORVEX_API static CxAbstractAVCodec* CreateEncoder(std::string name);
+    CORVEX_API static CxAbstractAVCodec* CreateEncoder(const std::string& name);
     /// Factories that claim the code, in order of registration; one that was added twice is listed twice.
     CORVEX_API static std::vector<const CxAbstractCodecFactory*> GetDecoderFactories(uint32_t fourCC);
     /// Appends all encoder rows, in order of registration, if `encoders` is true; decoders are never listed.
@@ -34,8 +36,12 @@ public:
     CORVEX_API static bool ListAllCodecs(bool encoders, std::vector<CxEncoderInfo>& out);
 
 private:
-    CxAVCodecRegistry() = default;
+    CxAVCodecRegistry();
     ~CxAVCodecRegistry();
+    CxAVCodecRegistry(const CxAVCodecRegistry&) = delete;
+    CxAVCodecRegistry& operator=(const CxAVCodecRegistry&) = delete;
+
+    bool IsRegistered(const CxAbstractCodecFactory* factory) const;
 
     std::mutex lock; ///< taken by `AddCodec` only
     std::multimap<uint32_t, CxAbstractCodecFactory*> decoders;

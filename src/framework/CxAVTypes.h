@@ -28,7 +28,7 @@ enum CxAVError : int32_t {
     CxAV_NEED_MORE_DATA = -2, ///< the decoder has taken the sample and has no output yet
     CxAV_READ_FAILED = -3,    ///< the data source returned no sample
     CxAV_INVALID_STATE = -5,  ///< missing source or image, negative or unknown frame, failed conversion
-    CxAV_UNSUPPORTED = -6,    ///< no engine for this stream, or an encoder code that the back-end doesn't know
+    CxAV_UNSUPPORTED = -6, ///< no engine for this stream, or an encoder code that the back-end doesn't know
 };
 
 /// One row of an encoder catalogue.
@@ -46,32 +46,32 @@ struct CxEncoderInfo {
 /// A stream to be encoded. The caller owns it; `SetEncoderSettings` may write `extraData`. Fields without a
 /// meaning of their own are carried in their order and not read by the codecs.
 struct CxVideoSettings {
-    int32_t width = 0;          ///< frame width in pixels
-    int32_t height = 0;         ///< frame height in pixels
-    bool flag0 = false;         ///< carried
-    uint32_t value0 = 0;        ///< carried
-    uint32_t frameDuration = 0; ///< frame duration in ticks of `timeScale`
-    std::string text0;          ///< the encoder's name; carried
-    std::string text1;          ///< the same
-    uint32_t fourCC = 0;        ///< the chosen code
-    uint32_t value1 = 0;        ///< FFmpeg codec id
-    uint32_t value2 = 0;        ///< carried
-    uint64_t value3 = 0;        ///< time code of the first frame
-    uint32_t fieldOrder = 0;    ///< 1 progressive, 2 top field first, 3 bottom field first
-    bool flag1 = false;         ///< carried
-    uint32_t value4 = 0;        ///< carried
-    uint64_t value5 = 0;        ///< the encoder context of the format that saves
-    uint32_t bitRate = 0;       ///< average bits per second; 0 selects quality mode
-    uint32_t gopSize = 0;       ///< frames between key frames; 0 leaves the encoder's default
-    uint32_t value6 = 0;        ///< carried
-    uint32_t value7 = 0;        ///< pixel aspect, numerator
-    uint32_t value8 = 0;        ///< pixel aspect, denominator
-    bool hasAlpha = false;      ///< the stream carries alpha
-    uint16_t value9 = 0;        ///< colour primaries, in FFmpeg's numbering
-    uint16_t value10 = 0;       ///< transfer, in FFmpeg's numbering
-    uint16_t value11 = 0;       ///< colour matrix, in FFmpeg's numbering
-    uint32_t timeScale = 0;     ///< ticks per second
-    uint32_t value12 = 0;       ///< carried
+    int32_t width = 0;              ///< frame width in pixels
+    int32_t height = 0;             ///< frame height in pixels
+    bool flag0 = false;             ///< carried
+    uint32_t value0 = 0;            ///< carried
+    uint32_t frameDuration = 0;     ///< frame duration in ticks of `timeScale`
+    std::string text0;              ///< the encoder's name; carried
+    std::string text1;              ///< the same
+    uint32_t fourCC = 0;            ///< the chosen code
+    uint32_t value1 = 0;            ///< FFmpeg codec id
+    uint32_t value2 = 0;            ///< carried
+    uint64_t value3 = 0;            ///< time code of the first frame
+    uint32_t fieldOrder = 0;        ///< 1 progressive, 2 top field first, 3 bottom field first
+    bool flag1 = false;             ///< carried
+    uint32_t value4 = 0;            ///< carried
+    uint64_t value5 = 0;            ///< the encoder context of the format that saves
+    uint32_t bitRate = 0;           ///< average bits per second; 0 selects quality mode
+    uint32_t gopSize = 0;           ///< frames between key frames; 0 leaves the encoder's default
+    uint32_t value6 = 0;            ///< carried
+    uint32_t value7 = 0;            ///< pixel aspect, numerator
+    uint32_t value8 = 0;            ///< pixel aspect, denominator
+    bool hasAlpha = false;          ///< the stream carries alpha
+    uint16_t value9 = 0;            ///< colour primaries, in FFmpeg's numbering
+    uint16_t value10 = 0;           ///< transfer, in FFmpeg's numbering
+    uint16_t value11 = 0;           ///< colour matrix, in FFmpeg's numbering
+    uint32_t timeScale = 0;         ///< ticks per second
+    uint32_t value12 = 0;           ///< carried
     std::vector<uint8_t> extraData; ///< out: the codec configuration record that goes into the file
     uint32_t quality = 0;           ///< encoder quality, 0-100
 };

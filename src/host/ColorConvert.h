@@ -39,11 +39,12 @@ enum ColorLayout : int32_t {
     ColorLayout_y416 = 7424,
 };
 
-/// Fills `image` from a YUV buffer, top row of the buffer first, over the image's `Width` and `Height`, on the
-/// host's threads. Rows of the buffer are `ColorTag_RowBytes` apart; chroma planes of planar layouts have half
-/// of that. Without `ColorTag_Plane2` the chroma of `nv12` follows the luma rows.
+/// Fills `image` from a YUV buffer, top row of the buffer first, over the image's `Width` and `Height`, on
+/// the host's threads. Rows of the buffer are `ColorTag_RowBytes` apart; chroma planes of planar layouts have
+/// half of that. Without `ColorTag_Plane2` the chroma of `nv12` follows the luma rows.
 ///
-/// @return false, with the image unchanged, if the image is null, the layout is unknown, the buffer or a plane
+/// @return false, with the image unchanged, if the image is null, the layout is unknown, the buffer or a
+/// plane
 ///         that the layout needs is null, or the row size is too small for the width
 CORVEX_HOST_API bool CxYUV2RGBTagList(Image* image, const TagList& tags);
 

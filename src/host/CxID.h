@@ -19,10 +19,8 @@ public:
     bool IsEmpty() const { return text_[0] == '\0'; }
 
     bool operator==(const CxID& other) const { return text_ == other.text_; }
-    bool operator!=(const CxID& other) const { return text_ != other.text_; }
     /// Compares with plain text, bytewise; null counts as empty.
     CORVEX_HOST_API bool operator==(const char* text) const;
-    bool operator!=(const char* text) const { return !(*this == text); }
 
 private:
     const char* text_;

@@ -4,6 +4,7 @@
 #include "host/ScriptVal.h"
 
 #include <cstdint>
+#include <memory>
 
 class Image;
 
@@ -56,25 +57,28 @@ public:
                                            Image* image);
     using RowFunction = void (*)(Image* image, void* context, int index);
 
-    /// Makes an image with its pixel data, cleared to transparent black.
+    /// Makes an image with its pixel data, cleared to transparent black. Rows start at multiples of 64 bytes.
     ///
     /// @param width,height  in pixels, 0 or more; an image of no pixels is valid
     /// @return the image, which the caller gives back with `Free`, or null if a size is negative, the kind
     ///         is unknown or memory is short
     CORVEX_HOST_API static Image* Allocate(int32_t width, int32_t height, ImageDataKind kind);
 
-    /// Frees an image made by `Allocate` and sets the pointer to null; null is fine.
+    /// Frees an image made by `Allocate`, whatever its members hold by now, and sets the pointer to null;
+    /// null is fine.
     CORVEX_HOST_API static void Free(Image*& image);
 
     /// Runs `fn(this, context, index)` for each index from 0 to `count` - 1, on several threads and in any
-    /// order, and returns when all are done. With `count` of 0 or less nothing runs.
+    /// order, and returns when all are done; what they wrote is visible to the caller then. With `count` of 0
+    /// or less nothing runs. The calls run in the caller's oneTBB arena, so that an arena or a
+    /// `tbb::global_control` of the caller limits the number of threads; the calling thread is one of them.
     ///
     /// @param data,flag  carried for the host; null and false here
     /// @return true
     CORVEX_HOST_API bool DoMultiProcess(RowFunction fn, void* context, int count, ImgMPData* data, bool flag);
 
-    /// Whether all four accessors are those that `Allocate` set for the image's `DataFormat`, so that a caller
-    /// may work on the plain interleaved channels itself with the same results.
+    /// Whether all four accessors are those that `Allocate` set for the image's `DataFormat`, so that a
+    /// caller may work on the plain interleaved channels itself with the same results.
     CORVEX_HOST_API bool HasHostAccessors() const;
 
     /// Whether the image has main pixel data: `RowTable` is neither null nor all ones.
@@ -88,17 +92,18 @@ public:
     /// Address of row `row` in the second data block; 0 if there is none.
     uint8_t* AuxRowAddress(int32_t row) const { return AuxRowTable != nullptr ? AuxRowTable[row] : nullptr; }
 
-    ScriptVal ImageInfo;                 ///< table that rides with the frame; metadata under "Metadata"
-    uint8_t** RowTable = nullptr;        ///< one address per row, bottom row first; null or all ones: none
-    uint8_t** AuxRowTable = nullptr;     ///< the same for the second data block; may be null
-    int32_t Width = 0;                   ///< pixels across
-    int32_t Height = 0;                  ///< rows
+    ScriptVal ImageInfo;             ///< table that rides with the frame; metadata under "Metadata"
+    uint8_t** RowTable = nullptr;    ///< one address per row, bottom row first; null or all ones: none
+    uint8_t** AuxRowTable = nullptr; ///< the same for the second data block; may be null
+    int32_t Width = 0;               ///< pixels across
+    int32_t Height = 0;              ///< rows
     const ImageDataFormat* DataFormat = nullptr; ///< how channels are stored
-    int32_t PixelStride = 0;             ///< bytes from one pixel to the next in the main data
-    int32_t AuxPixelStride = 0;          ///< the same in the second data block
+    int32_t PixelStride = 0;                     ///< bytes from one pixel to the next in the main data
+    int32_t AuxPixelStride = 0;                  ///< the same in the second data block
     /// Integer accessors. Reading: 8-bit values times 257; half and float are clamped to 0..1 and rounded to
     /// nearest, not-a-number is 0. Writing takes the low 16 bits of each channel: 16-bit images keep them,
-    /// 8-bit images round to nearest, half and float images get the value divided by 65535.
+    /// 8-bit images round to nearest, float images get the value divided by 65535 in single precision, and
+    /// half images the half nearest to that quotient, ties to even.
     GetPixelFunction GetPixel = nullptr;
     SetPixelFunction SetPixel = nullptr;
     /// Floating-point accessors. Reading an integer image divides by 255 or 65535; writing to one clamps to
@@ -108,7 +113,12 @@ public:
 
 private:
     Image() = default;
-    ~Image() = default;
+    ~Image();
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;
+
+    bool AllocateRows(int64_t rowBytes);
+
+    void* pixelBlock_ = nullptr;       ///< the pixel memory, owned; `RowTable` points into it
+    std::unique_ptr<uint8_t*[]> rows_; ///< the table that `RowTable` points at, owned
 };

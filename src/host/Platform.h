@@ -3,7 +3,6 @@
 #include "host/CxString.h"
 #include "host/Export.h"
 
-#include <cstddef>
 #include <cstdint>
 
 /// Memory, shared libraries, files and events of the operating system, behind the host's names.
@@ -20,7 +19,8 @@ CORVEX_HOST_API int GetMemoryPageSize();
 
 struct Library;
 /// Loads a shared library. A plain name "NAME.dll" becomes the platform's own form ("libNAME.so" on Linux); a
-/// path keeps its directory.
+/// path keeps its directory. Every other name is taken as it is. A name without a directory is looked for as
+/// the system's loader does, in the host's own directory too.
 /// @param flags  the host's; 0 here
 /// @param error  receives the reason of a failure if not null
 /// @return a handle for `UnloadLib`, or null
@@ -34,12 +34,13 @@ CORVEX_HOST_API void UnloadLib(Library* library);
 CORVEX_HOST_API bool FileExists(const char* path);
 
 struct Event;
-/// Makes an event. A manual-reset event stays set until the host resets it; the other kind is reset by the
-/// one wait that it ends.
+/// Makes an event. A manual-reset event stays set once it was set; the other kind is reset by the one wait
+/// that it ends. `SetEvent` and `WaitEvent` may be called from any thread; a waiter that was woken may delete
+/// the event at once.
 CORVEX_HOST_API Event* NewEvent(bool manualReset, bool initiallySet);
 CORVEX_HOST_API void SetEvent(Event* event);
 /// Waits until the event is set.
-/// @param milliseconds  time limit; -1 means none
+/// @param milliseconds  time limit; 0 only asks, a negative value (-1) means no limit
 /// @return true if the event was set, false if the time ran out
 CORVEX_HOST_API bool WaitEvent(Event* event, int milliseconds);
 CORVEX_HOST_API void DeleteEvent(Event* event);
@@ -60,10 +61,12 @@ private:
     bool present_;
 };
 
-/// Replaces a path map at the start of `path` (such as "Corvex:/ffmpeg") by its real path, in place.
+/// Replaces a path map at the start of `path` (such as "Corvex:/ffmpeg") by its real path, in place and once.
+/// Of several maps that fit the longest name applies. Any thread.
 /// @return true if a map applied; an unknown map leaves the path as it is
 CORVEX_HOST_API bool MapPath(CxStringT<char>& path);
-/// Defines or, with a null path, removes the map `name` ("Corvex:"). Names are compared without case.
+/// Defines, replaces or, with a null path, removes the map `name` ("Corvex:", "Corvex:/ffmpeg"). Names are
+/// compared without case. There are none at first. Any thread.
 CORVEX_HOST_API void SetPathMap(const char* name, const char* path);
-/// Directory part of a path, with its last separator; empty if the path has none.
+/// Directory part of a path, with its last separator ('/' or '\\'); empty if the path has none.
 CORVEX_HOST_API CxStringT<char> GetPathFromFileName(const char* path);

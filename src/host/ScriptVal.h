@@ -32,7 +32,8 @@ public:
     CORVEX_HOST_API ScriptVal& operator=(const char* text);
     CORVEX_HOST_API ScriptVal& operator=(const CxID& id);
 
-    /// Replaces the value. `value` points at what `type` says; null gives nil, false, 0, "" or an empty table.
+    /// Replaces the value. `value` points at what `type` says; null gives nil, false, 0, "" or an empty
+    /// table.
     CORVEX_HOST_API void Set(ScriptValType type, const void* value);
 
     CORVEX_HOST_API ScriptValType Type() const;
@@ -48,6 +49,9 @@ public:
 
     /// Text of a string, or `defaultText` for every other kind. Valid as long as the value is unchanged.
     CORVEX_HOST_API const char* ToString(const char* defaultText) const;
+    /// The number or boolean, or the default for every other kind.
+    CORVEX_HOST_API double ToNumber(double defaultNumber) const;
+    CORVEX_HOST_API bool ToBoolean(bool defaultBoolean) const;
 
 private:
     struct Content;

@@ -5,40 +5,54 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
-/// A tag names one value of a `TagList`. Its top four bits (of 32) give the value's kind.
+/// A tag names one value of a `TagList`. The top four of its low 32 bits give the value's kind.
 using Tag = uint64_t;
 
 /// Kinds of tag values, as `tag >> 28`.
 enum TagKind : uint32_t {
     TagKind_Integer = 1,
-    TagKind_Double = 2, ///< the bits of a double
-    TagKind_String = 3, ///< a null-terminated string, copied by the list; bit 27 of the tag: may be repeated
-    TagKind_Pointer = 6,
+    TagKind_Double = 2,  ///< the bits of a double
+    TagKind_String = 3,  ///< a null-terminated string, copied by the list
+    TagKind_Pointer = 6, ///< an address, not owned
+    TagKind_Id = 8,      ///< text of an identifier, copied by the list
 };
 
-/// One pair of a tag array. Strings and pointers are given as their address, doubles as their bits.
+/// Kind of a tag's value; one of `TagKind`, or a number that no list stores a number or text for.
+inline uint32_t KindOf(Tag tag) { return static_cast<uint32_t>(tag) >> 28; }
+
+/// Bit of a tag that says that it may be repeated within a list.
+inline constexpr Tag TagFlag_Repeatable = 0x08000000;
+
+/// One pair of a tag array. Text and pointers are given as their address, doubles as their bits.
 struct TagItem {
     Tag tag;
     uint64_t value;
 
     static uint64_t FromInt(int64_t number) { return static_cast<uint64_t>(number); }
     static uint64_t FromPtr(const void* address) { return reinterpret_cast<uintptr_t>(address); }
+    /// Address of a function, for tags that carry one.
+    template <typename Result, typename... Arguments>
+    static uint64_t FromPtr(Result (*function)(Arguments...)) {
+        return reinterpret_cast<uintptr_t>(function);
+    }
     CORVEX_HOST_API static uint64_t FromDouble(double number);
+
+    /// Text of a pair whose tag is a string or an identifier.
+    const char* Text() const { return reinterpret_cast<const char*>(value); }
 };
 
-/// The host's ordered list of (tag, value) pairs. Strings are copied; pointers are not owned. One thread at a
-/// time may change a list; several may read it.
+/// The host's ordered list of (tag, value) pairs. Text is copied (null counts as empty); pointers are not
+/// owned. A value always fits its tag's kind: numbers are converted between the two kinds of number, and a
+/// value that cannot be converted is not stored. One thread at a time may change a list; several may read it.
 class TagList {
 public:
-    CORVEX_HOST_API TagList();
+    TagList() = default;
     /// Copies the pairs of an array that ends with a zero tag; null is an empty list. The second argument is
     /// the host's and is always false.
     CORVEX_HOST_API TagList(const TagItem* array, bool flag);
-    CORVEX_HOST_API ~TagList();
-    CORVEX_HOST_API TagList(const TagList& other);
-    CORVEX_HOST_API TagList& operator=(const TagList& other);
 
     /// First pair with this tag, or null. Valid until the list changes.
     CORVEX_HOST_API const TagItem* Find(Tag tag) const;
@@ -47,11 +61,13 @@ public:
     /// Whether the tag is in the list.
     CORVEX_HOST_API bool FindQuery(Tag tag) const;
 
-    /// Value of the first pair with this tag, or the default. `GetLong` of a double tag truncates, `GetDouble`
-    /// of an integer tag converts.
+    /// Value of the first pair with this tag, or the default if there is none or it is of another kind.
+    /// `GetLong` of a double tag truncates (limited to the range of the result, not-a-number gives 0),
+    /// `GetDouble` of an integer tag converts.
     CORVEX_HOST_API int64_t GetLong(Tag tag, int64_t defaultValue) const;
     CORVEX_HOST_API double GetDouble(Tag tag, double defaultValue) const;
     CORVEX_HOST_API void* GetPtr(Tag tag, const void* defaultValue) const;
+    /// Text of a string or identifier tag; valid until that pair changes or the list is destroyed.
     CORVEX_HOST_API const char* GetString(Tag tag, const char* defaultValue) const;
 
     /// Replaces the value of the first pair with this tag, or appends one. The flag is the host's.
@@ -59,20 +75,27 @@ public:
     CORVEX_HOST_API void Set(Tag tag, const CxID& value, bool flag);
     CORVEX_HOST_API void SetDouble(Tag tag, double value);
     CORVEX_HOST_API void SetPtr(Tag tag, const void* value);
-    /// Sets each pair of an array that ends with a zero tag; repeatable tags are appended.
+    /// Sets each pair of an array that ends with a zero tag; pairs with a repeatable tag are appended.
     CORVEX_HOST_API void Set(const TagItem* array, const void* reserved);
     /// Appends a pair, also where the tag is there already.
     CORVEX_HOST_API void Add(Tag tag, const char* value);
     CORVEX_HOST_API void Add(Tag tag, const CxID& value);
-    /// Sets all pairs of another list; null does nothing. The flag is the host's.
+    /// Sets all pairs of another list as `Set` does for an array; null does nothing. The flag is the host's.
     CORVEX_HOST_API void SetTags(const TagList* other, bool flag);
 
     /// All pairs, in order.
-    CORVEX_HOST_API const std::vector<TagItem>& Items() const;
+    const std::vector<TagItem>& Items() const { return items_; }
 
 private:
-    void Append(Tag tag, uint64_t value);
-    void Assign(Tag tag, uint64_t value);
+    /// What a text pair's value points at; null for pairs of other kinds. Never changed, so that copies of a
+    /// list share it.
+    using Text = std::shared_ptr<const std::string>;
+
+    void Append(const TagItem& item, Text text);
+    void Assign(const TagItem& item, Text text);
+    void SetPair(const TagItem& item);
+    void SetNumber(Tag tag, int64_t integer, double number);
 
     std::vector<TagItem> items_;
+    std::vector<Text> texts_; ///< parallel to `items_`
 };

@@ -7,28 +7,39 @@
 class Image;
 
 /// Moves pixels between an image and a blob: one contiguous buffer of packed rows, top row of the picture
-/// first, in a packing that a FourCC names. RGB packings are converted here, row by row on the host's threads;
-/// YUV packings go to the host's colour conversion. docs/pixel-formats.md lists the packings and which
-/// operation takes which.
+/// first, in a packing that a FourCC names. RGB packings are converted here, row by row on the host's
+/// threads; YUV packings go to the host's colour conversion. docs/pixel-formats.md lists the packings and
+/// which operation takes which.
+///
+/// Any thread may call; one image or blob is for one call at a time, and the two must not share memory. An
+/// image without pixels, also one of a negative size, converts nothing, successfully.
 class PixelConvert {
 public:
-    /// Bytes of one row of `width` pixels; 0 for a code without a row size of its own.
+    /// Bytes of one row of `width` pixels; 0 for a code without a row size of its own. The width is not
+    /// checked: the size is cut to 32 bits.
     CORVEX_API static int32_t CalcRowBytes(uint32_t fourCC, uint32_t width);
 
     /// Writes a blob's pixels into `image`, over the image's `Width` and `Height`.
     ///
-    /// @param blob      `Height` rows of `rowBytes` bytes each (`rp16`: three such planes); read-only, not kept
-    /// @param rowBytes  bytes from one row to the next; at least what the packing needs for the image's width
-    /// @return false for an unknown code, a null blob or image, or a row size too small for the image
+    /// @param blob      `Height` rows of `rowBytes` bytes each (`rp16`: three such planes); read-only, not
+    ///                  kept
+    /// @param rowBytes  bytes from one row to the next, below 2^31; at least what the pixels of the image's
+    ///                  width take
+    /// @return false, with the image unchanged, for an unknown code, a null blob or image, or a row size too
+    ///         small for the image; true otherwise, also where the host's colour conversion fails
     CORVEX_API static bool BlobToImage(uint8_t* blob, uint32_t rowBytes, uint32_t fourCC, Image*& image);
 
-    /// Writes the image's pixels into `blob`.
+    /// Writes the image's pixels into `blob`. Bytes between the last pixel of a row and the next row are left
+    /// as they are.
     ///
-    /// @param blob  at least `Height` times `rowBytes` bytes; null asks for a buffer of that size, which then
-    ///              belongs to the caller, also on failure, and is freed with `Platform::FreeMemAligned`
+    /// @param rowBytes  bytes from one row to the next, 0 or more; at least what the pixels of the image's
+    ///                  width take
+    /// @param blob  at least `Height` times `rowBytes` bytes; null asks for a buffer of that size, aligned to
+    ///              32 bytes and clear where nothing is written, which then belongs to the caller, also on
+    ///              failure, and is freed with `Platform::FreeMemAligned`
     /// @param flag  handed to the host's colour conversion; no effect on RGB packings
-    /// @return false for an unknown code, a null image, a failed allocation or a row size too small for the
-    ///         image
+    /// @return false, with no pixel written, for an unknown code, a null image, a failed allocation or a row
+    ///         size too small for the image; true otherwise, also where the host's colour conversion fails
     CORVEX_API static bool ImageToBlob(Image*& image, int32_t fourCC, int32_t rowBytes, uint8_t*& blob,
                                        bool flag);
 };

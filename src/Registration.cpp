@@ -1,0 +1,24 @@
+// The one place where back-ends register, while the module loads.
+
+#include "codecs/UncompressedCodecs.h"
+#include "framework/CxAVCodecRegistry.h"
+
+#include <new>
+
+namespace {
+
+template <typename Codec>
+CxAbstractCodecFactory* Register() {
+    return CxAVCodecRegistry::getInstance()->AddCodec(new (std::nothrow) CxAVCodecFactory<Codec>);
+}
+
+/// One line for each back-end, followed by the host format classes that go with it. The order is part of the
+/// interface: of two back-ends that claim one code, the first to register is asked first.
+bool RegisterAll() {
+    g_UncompressedFactory = Register<UncompressedCodecs>();
+    return true;
+}
+
+[[maybe_unused]] const bool registered = RegisterAll();
+
+} // namespace

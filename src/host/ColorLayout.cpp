@@ -1,0 +1,63 @@
+#include "host/ColorLayout.h"
+
+namespace {
+
+// The outermost codes of 8 and 10 bits are timing codes on a serial interface (SMPTE ST 125, ST 274) and stand
+// in no picture. Words of 16 bits are a memory format and take every code.
+
+/// Video range (Recommendation ITU-R BT.709-6, 3.5) at a depth of 8, 10 or 16 bits.
+constexpr ColorRange VideoRange(int bits) {
+    const double scale = 1 << (bits - 8);
+    const float most = static_cast<float>((1 << bits) - 1);
+    const float reserved = bits == 8 ? 1.0f : bits == 10 ? 4.0f : 0.0f;
+    const ColorLimits limits = {reserved, most - reserved};
+    return {16 * scale, 219 * scale, 128 * scale, 224 * scale, most, limits, limits};
+}
+
+/// Every code is used, for luma from black to white.
+constexpr ColorRange FullRange(int bits) {
+    const float most = static_cast<float>((1 << bits) - 1);
+    return {0, most, static_cast<double>(1 << (bits - 1)), most, most, {0, most}, {0, most}};
+}
+
+constexpr ColorRange video8 = VideoRange(8);
+constexpr ColorRange video10 = VideoRange(10);
+constexpr ColorRange video16 = VideoRange(16);
+constexpr ColorRange full8 = FullRange(8);
+constexpr ColorRange full10 = FullRange(10);
+
+/// Video range with luma counted from black.
+constexpr ColorRange zeroBased8 = {0, 219, 128, 224, 255, {0, 238}, {1, 254}};
+
+/// The same as fractions of 255. Grey is the float that stands in buffers, so that grey pixels stay grey.
+constexpr ColorRange zeroBasedFloat = {0, 219.0 / 255, 128.0f / 255, 224.0 / 255, 1, {}, {}};
+
+} // namespace
+
+constexpr std::array<ColorLayoutInfo, 18> colorLayouts = {{
+    {ColorLayout_2vuy, "2vuy", ColorPacking::Pairs8, video8, 2, 1, 1, 2, 1, false},
+    {ColorLayout_uyvy, "uyvy", ColorPacking::Pairs8, video8, 2, 1, 1, 2, 1, false},
+    {ColorLayout_v210, "v210", ColorPacking::PairsTens, video10, 2, 1, 6, 16, 1, false},
+    {ColorLayout_v410, "v410", ColorPacking::CbYCrTens, video10, 1, 1, 1, 4, 1, false},
+    {ColorLayout_v408, "v408", ColorPacking::CbYCrA8, video8, 1, 1, 1, 4, 1, true},
+    {ColorLayout_r408, "r408", ColorPacking::AYCbCr8, zeroBased8, 1, 1, 1, 4, 1, true},
+    {ColorLayout_r4fl, "r4fl", ColorPacking::AYCbCrFloat, zeroBasedFloat, 1, 1, 1, 16, 1, true},
+    {ColorLayout_yuv422p10, "yuv422p10", ColorPacking::Planar16, video10, 2, 1, 1, 2, 3, false},
+    {ColorLayout_yuv422p, "yuv422p", ColorPacking::Planar8, video8, 2, 1, 1, 1, 3, false},
+    {ColorLayout_yuv420p, "yuv420p", ColorPacking::Planar8, video8, 2, 2, 1, 1, 3, false},
+    {ColorLayout_nv12, "nv12", ColorPacking::SemiPlanar8, video8, 2, 2, 1, 1, 2, false},
+    {ColorLayout_v216, "v216", ColorPacking::Pairs16, video16, 2, 1, 1, 4, 1, false},
+    {ColorLayout_yuvj422p, "yuvj422p", ColorPacking::Planar8, full8, 2, 1, 1, 1, 3, false},
+    {ColorLayout_yuvj420p, "yuvj420p", ColorPacking::Planar8, full8, 2, 2, 1, 1, 3, false},
+    {ColorLayout_yv16, "yv16", ColorPacking::PairsAlpha16, video16, 2, 1, 1, 6, 1, true},
+    {ColorLayout_yv8u, "yv8u", ColorPacking::PairsAlpha8, video8, 2, 1, 1, 3, 1, true},
+    {ColorLayout_yuvj422p10, "yuvj422p10", ColorPacking::Planar16, full10, 2, 1, 1, 2, 3, false},
+    {ColorLayout_y416, "y416", ColorPacking::AYCbCr16, video16, 1, 1, 1, 8, 1, true},
+}};
+
+const ColorLayoutInfo* FindColorLayout(int64_t code) {
+    for (const ColorLayoutInfo& layout : colorLayouts) {
+        if (layout.code == code) return &layout;
+    }
+    return nullptr;
+}

@@ -1,0 +1,3 @@
+#include "host/Edition.h"
+
+bool g_IsPalisade = false;

@@ -1,0 +1,333 @@
+#include "pixel/RowConvertersVector.h"
+
+#include "pixel/RowConverters.h"
+
+#include <algorithm>
+#include <bit>
+#include <type_traits>
+#include <utility>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "pixel/RowConvertersVector.cpp"
+#include <hwy/foreach_target.h>
+
+#include <hwy/highway.h>
+
+#include "pixel/RowVectorWords-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace row_vector {
+namespace HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+// Without vectors there is nothing to gain on the scalar form.
+Image::RowFunction PickWriter(RowPacking, bool) { return nullptr; }
+Image::RowFunction PickReader(RowPacking, bool) { return nullptr; }
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// ---------------------------------------------------------------------------------------------------------
+// Packings of four channels. A vector holds whole pixels in memory order, and a shuffle of bytes within each
+// 16 bytes, two pixels of words, takes one order of channels and bytes to the other.
+
+using Shuffle = std::array<uint8_t, 16>;
+
+/// For each byte of two pixels of a blob, the byte of two pixels of an image.
+constexpr Shuffle ToBlobOrder(const RowLayout& layout) {
+    Shuffle shuffle = {};
+    const size_t swapped = layout.word == RowWord::BigEndian16 ? 1 : 0;
+    for (size_t word = 0; word < 8; ++word) {
+        const size_t source = word / 4 * 4 + static_cast<size_t>(layout.order[word % 4]);
+        shuffle[2 * word + swapped] = static_cast<uint8_t>(2 * source);
+        shuffle[2 * word + 1 - swapped] = static_cast<uint8_t>(2 * source + 1);
+    }
+    return shuffle;
+}
+
+constexpr Shuffle Inverse(const Shuffle& shuffle) {
+    Shuffle inverse = {};
+    for (size_t i = 0; i < shuffle.size(); ++i)
+        inverse[shuffle[i]] = static_cast<uint8_t>(i);
+    return inverse;
+}
+
+template <RowPacking Packing>
+alignas(16) constexpr Shuffle toBlobOrder = ToBlobOrder(LayoutOf(Packing));
+template <RowPacking Packing>
+alignas(16) constexpr Shuffle toImageOrder = Inverse(toBlobOrder<Packing>);
+
+HWY_INLINE V16 ShuffleBytes(V16 v, const Shuffle& shuffle) {
+    const hn::Repartition<uint8_t, D16> bytes;
+    return hn::BitCast(D16(),
+                       hn::TableLookupBytes(hn::BitCast(bytes, v), hn::LoadDup128(bytes, shuffle.data())));
+}
+
+/// The words of `scaled`, except for alpha, which is of `v`, in the order of an image.
+HWY_INLINE V16 KeepAlpha(V16 scaled, V16 v) {
+    const hn::Repartition<uint64_t, D16> pixels;
+    const V16 alpha = hn::BitCast(D16(), hn::Set(pixels, 0xFFFF000000000000u));
+    return hn::Or(hn::And(alpha, v), hn::AndNot(alpha, scaled));
+}
+
+template <RowPacking Packing>
+using BlobWord = std::conditional_t<LayoutOf(Packing).word == RowWord::Byte, uint8_t, uint16_t>;
+
+template <RowPacking Packing, typename T>
+HWY_INLINE void WriteFour(const T* pixels, uint8_t* out) {
+    V16 v = LoadWords(pixels);
+    if constexpr (LayoutOf(Packing).scale == RowScale::VideoRange) v = KeepAlpha(ToVideoRange(v), v);
+    v = ShuffleBytes(v, toBlobOrder<Packing>);
+    StoreToBlob(v, reinterpret_cast<BlobWord<Packing>*>(out));
+}
+
+template <RowPacking Packing, typename T>
+HWY_INLINE void ReadFour(const uint8_t* in, T* pixels) {
+    V16 v = LoadWords(reinterpret_cast<const BlobWord<Packing>*>(in));
+    v = ShuffleBytes(v, toImageOrder<Packing>);
+    if constexpr (LayoutOf(Packing).scale == RowScale::VideoRange) v = KeepAlpha(FromVideoRange(v), v);
+    StoreToImage(v, pixels);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Packings of three channels. Each channel has a vector of its own.
+
+HWY_INLINE void LoadPixels(const uint16_t* pixels, V16& r, V16& g, V16& b) {
+    V16 a;
+    hn::LoadInterleaved4(D16(), pixels, r, g, b, a);
+}
+
+HWY_INLINE void LoadPixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
+    V8 r8, g8, b8, a8;
+    hn::LoadInterleaved4(D8(), pixels, r8, g8, b8, a8);
+    r = Widen(r8);
+    g = Widen(g8);
+    b = Widen(b8);
+}
+
+HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, uint16_t* pixels) {
+    hn::StoreInterleaved4(r, g, b, hn::Set(D16(), 65535), D16(), pixels);
+}
+
+HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, uint8_t* pixels) {
+    hn::StoreInterleaved4(RoundToBytes(r), RoundToBytes(g), RoundToBytes(b), hn::Set(D8(), 255), D8(),
+                          pixels);
+}
+
+template <RowPacking Packing>
+HWY_INLINE V16 ToWord(V16 v) {
+    constexpr RowLayout layout = LayoutOf(Packing);
+    if constexpr (layout.scale == RowScale::FourteenBits) v = hn::ShiftRight<2>(v);
+    return layout.word == RowWord::BigEndian16 ? SwapBytes(v) : v;
+}
+
+/// The sign of signed words needs no care here: an image keeps the low 16 bits.
+template <RowPacking Packing>
+HWY_INLINE V16 FromWord(V16 v) {
+    constexpr RowLayout layout = LayoutOf(Packing);
+    if constexpr (layout.word == RowWord::BigEndian16) v = SwapBytes(v);
+    if constexpr (layout.scale == RowScale::FourteenBits) v = hn::ShiftLeft<2>(v);
+    return v;
+}
+
+template <RowPacking Packing>
+HWY_INLINE void StoreThree(V16 w0, V16 w1, V16 w2, uint8_t* out) {
+    if constexpr (LayoutOf(Packing).word == RowWord::Byte) {
+        hn::StoreInterleaved3(HighBytes(w0), HighBytes(w1), HighBytes(w2), D8(), out);
+    } else {
+        hn::StoreInterleaved3(ToWord<Packing>(w0), ToWord<Packing>(w1), ToWord<Packing>(w2), D16(),
+                              reinterpret_cast<uint16_t*>(out));
+    }
+}
+
+template <RowPacking Packing>
+HWY_INLINE void LoadThree(const uint8_t* in, V16& w0, V16& w1, V16& w2) {
+    if constexpr (LayoutOf(Packing).word == RowWord::Byte) {
+        V8 v0, v1, v2;
+        hn::LoadInterleaved3(D8(), in, v0, v1, v2);
+        w0 = Widen(v0);
+        w1 = Widen(v1);
+        w2 = Widen(v2);
+    } else {
+        hn::LoadInterleaved3(D16(), reinterpret_cast<const uint16_t*>(in), w0, w1, w2);
+        w0 = FromWord<Packing>(w0);
+        w1 = FromWord<Packing>(w1);
+        w2 = FromWord<Packing>(w2);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// r210. Its 32-bit word is handled as two of 16 bits: 2 zero bits, R, 4 bits of G; 6 bits of G, B.
+
+HWY_INLINE void StoreTenBits(V16 r, V16 g, V16 b, uint8_t* out) {
+    const V16 g10 = TenBitsOf(g);
+    const V16 upper = hn::Or(hn::ShiftLeft<4>(TenBitsOf(r)), hn::ShiftRight<6>(g10));
+    const V16 lower = hn::Or(hn::ShiftLeft<10>(g10), TenBitsOf(b));
+    hn::StoreInterleaved2(SwapBytes(upper), SwapBytes(lower), D16(), reinterpret_cast<uint16_t*>(out));
+}
+
+HWY_INLINE void LoadTenBits(const uint8_t* in, V16& r, V16& g, V16& b) {
+    V16 upper, lower;
+    hn::LoadInterleaved2(D16(), reinterpret_cast<const uint16_t*>(in), upper, lower);
+    upper = SwapBytes(upper);
+    lower = SwapBytes(lower);
+    const V16 tenBits = hn::Set(D16(), 0x3FF);
+    r = FromTenBits(hn::And(hn::ShiftRight<4>(upper), tenBits));
+    g = FromTenBits(hn::And(hn::Or(hn::ShiftLeft<6>(upper), hn::ShiftRight<10>(lower)), tenBits));
+    b = FromTenBits(hn::And(lower, tenBits));
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Blocks of any packing
+
+/// Pixels of a block.
+template <RowPacking Packing>
+HWY_INLINE int64_t BlockWidth() {
+    const auto words = static_cast<int64_t>(hn::Lanes(D16()));
+    return LayoutOf(Packing).channels == 4 ? words / 4 : words;
+}
+
+template <RowPacking Packing, typename T>
+HWY_INLINE void WriteBlock(const T* pixels, uint8_t* out) {
+    constexpr RowLayout layout = LayoutOf(Packing);
+    if constexpr (layout.channels == 4) return WriteFour<Packing>(pixels, out);
+    V16 r, g, b;
+    LoadPixels(pixels, r, g, b);
+    if constexpr (layout.word == RowWord::TenBits) return StoreTenBits(r, g, b, out);
+    const bool redFirst = layout.order[0] == RowChannel::R;
+    StoreThree<Packing>(redFirst ? r : b, g, redFirst ? b : r, out);
+}
+
+/// @param planeBytes  from one plane to the next, for packings of planes
+template <RowPacking Packing, typename T>
+HWY_INLINE void ReadBlock(const uint8_t* in, int64_t planeBytes, T* pixels) {
+    constexpr RowLayout layout = LayoutOf(Packing);
+    if constexpr (layout.channels == 4) return ReadFour<Packing>(in, pixels);
+    V16 r, g, b;
+    if constexpr (layout.word == RowWord::TenBits) {
+        LoadTenBits(in, r, g, b);
+    } else if constexpr (layout.word == RowWord::Plane16) {
+        r = LoadWords(reinterpret_cast<const uint16_t*>(in));
+        g = LoadWords(reinterpret_cast<const uint16_t*>(in + planeBytes));
+        b = LoadWords(reinterpret_cast<const uint16_t*>(in + 2 * planeBytes));
+    } else if constexpr (layout.order[0] == RowChannel::R) {
+        LoadThree<Packing>(in, r, g, b);
+    } else {
+        LoadThree<Packing>(in, b, g, r);
+    }
+    StoreOpaquePixels(r, g, b, pixels);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Rows. A row shorter than a block goes the scalar way.
+
+template <RowPacking Packing, typename T>
+void WriteRow(Image* image, void* opaque, int row) {
+    const int64_t block = BlockWidth<Packing>();
+    const int64_t width = image->Width;
+    if (width < block) return ScalarRowWriter(Packing)(image, opaque, row);
+    const auto* pixels = reinterpret_cast<const T*>(image->RowAddress(ImageRowOf(*image, row)));
+    uint8_t* out = static_cast<const RowContext*>(opaque)->Row(row);
+    for (int64_t next = 0; next < width; next += block) {
+        const int64_t x = std::min(next, width - block);
+        WriteBlock<Packing>(pixels + 4 * x, out + x * LayoutOf(Packing).BytesPerPixel());
+    }
+}
+
+template <RowPacking Packing, typename T>
+void ReadRow(Image* image, void* opaque, int row) {
+    const int64_t block = BlockWidth<Packing>();
+    const int64_t width = image->Width;
+    if (width < block) return ScalarRowReader(Packing)(image, opaque, row);
+    const RowContext& context = *static_cast<const RowContext*>(opaque);
+    const int64_t planeBytes = int64_t{context.rowBytes} * image->Height;
+    auto* pixels = reinterpret_cast<T*>(image->RowAddress(ImageRowOf(*image, row)));
+    const uint8_t* in = context.Row(row);
+    for (int64_t next = 0; next < width; next += block) {
+        const int64_t x = std::min(next, width - block);
+        ReadBlock<Packing>(in + x * LayoutOf(Packing).BytesPerPixel(), planeBytes, pixels + 4 * x);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// One converter for each packing
+
+using RowFunctions = std::array<Image::RowFunction, rowPackingCount>;
+
+template <RowPacking Packing, typename T>
+constexpr Image::RowFunction WriterOf() {
+    if constexpr (IsWritable(Packing)) {
+        return &WriteRow<Packing, T>;
+    } else {
+        return nullptr;
+    }
+}
+
+template <typename T, size_t... I>
+constexpr RowFunctions Writers(std::index_sequence<I...>) {
+    return {WriterOf<static_cast<RowPacking>(I), T>()...};
+}
+
+template <typename T, size_t... I>
+constexpr RowFunctions Readers(std::index_sequence<I...>) {
+    return {&ReadRow<static_cast<RowPacking>(I), T>...};
+}
+
+constexpr auto allPackings = std::make_index_sequence<rowPackingCount>();
+constexpr RowFunctions writers8 = Writers<uint8_t>(allPackings);
+constexpr RowFunctions writers16 = Writers<uint16_t>(allPackings);
+constexpr RowFunctions readers8 = Readers<uint8_t>(allPackings);
+constexpr RowFunctions readers16 = Readers<uint16_t>(allPackings);
+
+Image::RowFunction PickWriter(RowPacking packing, bool sixteenBits) {
+    return (sixteenBits ? writers16 : writers8)[static_cast<size_t>(packing)];
+}
+
+Image::RowFunction PickReader(RowPacking packing, bool sixteenBits) {
+    return (sixteenBits ? readers16 : readers8)[static_cast<size_t>(packing)];
+}
+
+#endif
+
+} // namespace HWY_NAMESPACE
+} // namespace row_vector
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace row_vector {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "words are moved as they stand in memory");
+
+HWY_EXPORT(PickWriter);
+HWY_EXPORT(PickReader);
+
+/// Whether the image's pixels stand in memory as four channels of type `T`, with nothing between them.
+template <typename T>
+bool IsPlain(const Image& image, ImageDataKind kind) {
+    return image.HasHostAccessors() && image.HasMainData() && image.DataFormat->Kind == kind &&
+           image.PixelStride == int32_t{4 * sizeof(T)};
+}
+
+bool IsPlain8(const Image& image) { return IsPlain<uint8_t>(image, ImageData_RGBA8); }
+bool IsPlain16(const Image& image) { return IsPlain<uint16_t>(image, ImageData_RGBA16); }
+
+} // namespace
+} // namespace row_vector
+
+Image::RowFunction VectorRowWriter(RowPacking packing, const Image& image) {
+    using namespace row_vector;
+    const bool sixteenBits = IsPlain16(image);
+    if (!sixteenBits && !IsPlain8(image)) return nullptr;
+    return HWY_DYNAMIC_DISPATCH(PickWriter)(packing, sixteenBits);
+}
+
+Image::RowFunction VectorRowReader(RowPacking packing, const Image& image) {
+    using namespace row_vector;
+    const bool sixteenBits = IsPlain16(image);
+    if (!sixteenBits && !IsPlain8(image)) return nullptr;
+    return HWY_DYNAMIC_DISPATCH(PickReader)(packing, sixteenBits);
+}
+#endif

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "framework/CxAbstractAVCodec.h"
+
+#include <string>
+#include <vector>
+
+/// Classes that override every virtual operation of the codec interface, compiled apart from the test that
+/// calls them. Each call appends the operation's name and arguments to `log`.
+namespace VtableProbes {
+
+extern std::vector<std::string> log;
+
+CxAbstractAVCodec* NewCodec();
+CxAbstractCodecFactory* NewFactory();
+CxAbstractDataSource* NewSource();
+
+} // namespace VtableProbes

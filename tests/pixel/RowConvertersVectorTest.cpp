@@ -1,0 +1,287 @@
+// The vector form of each row converter gives the bytes of the scalar form, for each instruction set of this
+// machine, at every width, and touches nothing outside blob and image.
+
+#include "pixel/RowConvertersVector.h"
+
+#include "PixelTestSupport.h"
+#include "pixel/RowConverters.h"
+
+#include <gtest/gtest.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <span>
+
+namespace {
+
+constexpr int32_t widest = 130;
+constexpr ImageDataKind kinds[] = {ImageData_RGBA8, ImageData_RGBA16};
+
+/// Instruction sets of this machine that have vectors.
+std::vector<int64_t> VectorTargets() {
+    std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();
+    std::erase_if(targets, [](int64_t target) { return target == HWY_SCALAR || target == HWY_EMU128; });
+    return targets;
+}
+
+/// Makes the library choose one instruction set until the end of its life.
+class ForcedTarget {
+public:
+    explicit ForcedTarget(int64_t target) {
+        hwy::SetSupportedTargetsForTest(target);
+        hwy::GetChosenTarget().DeInit();
+    }
+    ~ForcedTarget() {
+        hwy::SetSupportedTargetsForTest(0);
+        hwy::GetChosenTarget().DeInit();
+    }
+};
+
+void ForEachTarget(const std::function<void()>& test) {
+    const std::vector<int64_t> targets = VectorTargets();
+    ASSERT_FALSE(targets.empty()) << "no vector instruction set was dispatched";
+    for (const int64_t target : targets) {
+        SCOPED_TRACE(hwy::TargetName(target));
+        const ForcedTarget forced(target);
+        test();
+        if (testing::Test::HasFatalFailure()) return;
+    }
+}
+
+void ForEachPacking(const std::function<void(RowPacking, ImageDataKind)>& test) {
+    for (size_t i = 0; i < rowPackingCount; ++i) {
+        for (const ImageDataKind kind : kinds) {
+            SCOPED_TRACE("packing " + std::to_string(i) + ", kind " + std::to_string(kind));
+            test(static_cast<RowPacking>(i), kind);
+            if (testing::Test::HasFatalFailure()) return;
+        }
+    }
+}
+
+/// Ways to fill a buffer: random and the extremes.
+using Fill = std::function<void(std::span<uint8_t>)>;
+
+std::vector<Fill> Fills(std::mt19937& random) {
+    const auto alternate = [](size_t period) {
+        return [period](std::span<uint8_t> bytes) {
+            for (size_t i = 0; i < bytes.size(); ++i)
+                bytes[i] = i / period % 2 == 0 ? 0x00 : 0xFF;
+        };
+    };
+    return {
+        [&random](std::span<uint8_t> bytes) {
+            std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random()); });
+        },
+        [](std::span<uint8_t> bytes) { std::fill(bytes.begin(), bytes.end(), uint8_t{0x00}); },
+        [](std::span<uint8_t> bytes) { std::fill(bytes.begin(), bytes.end(), uint8_t{0xFF}); },
+        alternate(1),
+        alternate(2),
+        alternate(8),
+    };
+}
+
+/// An image of one row, which is the given memory.
+class RowImage {
+public:
+    RowImage(int32_t width, ImageDataKind kind, uint8_t* row)
+        : image_(MakeImage(width, 1, kind)), rows_{row} {
+        image_->RowTable = rows_;
+    }
+    Image* get() const { return image_.get(); }
+
+private:
+    ImagePtr image_;
+    uint8_t* rows_[1];
+};
+
+size_t BlobBytes(RowPacking packing, int32_t width) {
+    const size_t planes = LayoutOf(packing).word == RowWord::Plane16 ? 3 : 1;
+    return planes * LayoutOf(packing).BytesPerPixel() * static_cast<size_t>(width);
+}
+
+RowContext ContextOf(RowPacking packing, int32_t width, uint8_t* blob) {
+    return {rowMarkerWithAlpha, static_cast<int32_t>(LayoutOf(packing).BytesPerPixel()) * width, blob};
+}
+
+/// Writes one row by both forms, the vector form within guarded memory.
+void CompareWriters(RowPacking packing, ImageDataKind kind, int32_t width, GuardedBytes::Guard guard,
+                    const Fill& fill) {
+    GuardedBytes pixels(BytesPerPixelOf(kind) * static_cast<size_t>(width), guard);
+    GuardedBytes blob(BlobBytes(packing, width), guard);
+    fill({pixels.data(), pixels.size()});
+    const RowImage image(width, kind, pixels.data());
+    std::vector<uint8_t> expected(blob.size());
+
+    RowContext scalar = ContextOf(packing, width, expected.data());
+    ScalarRowWriter(packing)(image.get(), &scalar, 0);
+    RowContext vector = ContextOf(packing, width, blob.data());
+    const Image::RowFunction writer = VectorRowWriter(packing, *image.get());
+    ASSERT_NE(writer, nullptr);
+    writer(image.get(), &vector, 0);
+    ASSERT_EQ(std::vector<uint8_t>(blob.begin(), blob.end()), expected) << "width " << width;
+}
+
+/// Reads one row by both forms, the vector form within guarded memory.
+void CompareReaders(RowPacking packing, ImageDataKind kind, int32_t width, GuardedBytes::Guard guard,
+                    const Fill& fill) {
+    GuardedBytes pixels(BytesPerPixelOf(kind) * static_cast<size_t>(width), guard);
+    GuardedBytes blob(BlobBytes(packing, width), guard);
+    fill({blob.data(), blob.size()});
+    const RowImage image(width, kind, pixels.data());
+    std::vector<uint8_t> expected(pixels.size());
+    const RowImage expectedImage(width, kind, expected.data());
+
+    RowContext context = ContextOf(packing, width, blob.data());
+    ScalarRowReader(packing)(expectedImage.get(), &context, 0);
+    const Image::RowFunction reader = VectorRowReader(packing, *image.get());
+    ASSERT_NE(reader, nullptr);
+    reader(image.get(), &context, 0);
+    ASSERT_EQ(std::vector<uint8_t>(pixels.begin(), pixels.end()), expected) << "width " << width;
+}
+
+using Compare = void (*)(RowPacking, ImageDataKind, int32_t, GuardedBytes::Guard, const Fill&);
+
+void CompareAtEveryWidth(RowPacking packing, ImageDataKind kind, Compare compare, std::mt19937& random) {
+    const std::vector<Fill> fills = Fills(random);
+    for (int32_t width = 0; width <= widest; ++width) {
+        compare(packing, kind, width, GuardedBytes::Guard::Behind, fills[0]);
+        if (testing::Test::HasFatalFailure()) return;
+        compare(packing, kind, width, GuardedBytes::Guard::Before, fills[0]);
+        if (testing::Test::HasFatalFailure()) return;
+    }
+    for (const Fill& fill : fills) {
+        compare(packing, kind, widest, GuardedBytes::Guard::Behind, fill);
+        if (testing::Test::HasFatalFailure()) return;
+    }
+}
+
+TEST(RowConvertersVector, WritesTheBytesOfTheScalarFormAndNoOthers) {
+    std::mt19937 random = MakeRandom();
+    ForEachTarget([&] {
+        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
+            if (IsWritable(packing)) CompareAtEveryWidth(packing, kind, CompareWriters, random);
+        });
+    });
+}
+
+TEST(RowConvertersVector, ReadsThePixelsOfTheScalarFormAndNoOthers) {
+    std::mt19937 random = MakeRandom();
+    ForEachTarget([&] {
+        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
+            CompareAtEveryWidth(packing, kind, CompareReaders, random);
+        });
+    });
+}
+
+/// Every value of a 16-bit word, in each place of a pixel.
+Fill AllWords() {
+    return [](std::span<uint8_t> bytes) {
+        for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
+            bytes[i] = static_cast<uint8_t>(i / 8);
+            bytes[i + 1] = static_cast<uint8_t>(i / 8 >> 8);
+        }
+    };
+}
+
+TEST(RowConvertersVector, WritesEachOf65536ChannelValuesAsTheScalarFormDoes) {
+    ForEachTarget([] {
+        ForEachPacking([](RowPacking packing, ImageDataKind kind) {
+            if (IsWritable(packing))
+                CompareWriters(packing, kind, 65536, GuardedBytes::Guard::Behind, AllWords());
+        });
+    });
+}
+
+TEST(RowConvertersVector, ReadsEachOf65536WordValuesAsTheScalarFormDoes) {
+    ForEachTarget([] {
+        ForEachPacking([](RowPacking packing, ImageDataKind kind) {
+            CompareReaders(packing, kind, 65536, GuardedBytes::Guard::Behind, AllWords());
+        });
+    });
+}
+
+TEST(RowConvertersVector, ReadsEachOf1024TenBitValuesAsTheScalarFormDoes) {
+    const Fill allTenBits = [](std::span<uint8_t> bytes) {
+        for (uint32_t i = 0; i + 3 < bytes.size(); i += 4) {
+            const uint32_t value = i / 4 % 1024;
+            const uint32_t word = value << 20 | (1023 - value) << 10 | value;
+            for (uint32_t j = 0; j < 4; ++j)
+                bytes[i + j] = static_cast<uint8_t>(word >> (24 - 8 * j));
+        }
+    };
+    ForEachTarget([&] {
+        for (const ImageDataKind kind : kinds)
+            CompareReaders(RowPacking::R210, kind, 1024, GuardedBytes::Guard::Behind, allTenBits);
+    });
+}
+
+TEST(RowConvertersVector, WorksOnRowsOfAnyAlignment) {
+    std::mt19937 random = MakeRandom();
+    ForEachTarget([&] {
+        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
+            constexpr int32_t width = 77;
+            std::vector<uint8_t> blob(BlobBytes(packing, width) + 1);
+            std::vector<uint8_t> pixels(BytesPerPixelOf(kind) * width + 1);
+            std::vector<uint8_t> expected(pixels.size());
+            std::generate(blob.begin(), blob.end(), [&] { return static_cast<uint8_t>(random()); });
+            const RowImage image(width, kind, pixels.data() + 1);
+            const RowImage expectedImage(width, kind, expected.data() + 1);
+            RowContext context = ContextOf(packing, width, blob.data() + 1);
+            VectorRowReader(packing, *image.get())(image.get(), &context, 0);
+            ScalarRowReader(packing)(expectedImage.get(), &context, 0);
+            ASSERT_EQ(pixels, expected);
+        });
+    });
+}
+
+TEST(RowConvertersVector, EachInstructionSetHasConvertersOfItsOwn) {
+    const ImagePtr image = MakeImage(1, 1);
+    std::set<Image::RowFunction> readers;
+    std::set<Image::RowFunction> writers;
+    ForEachTarget([&] {
+        readers.insert(VectorRowReader(RowPacking::B64a, *image));
+        writers.insert(VectorRowWriter(RowPacking::B64a, *image));
+    });
+    EXPECT_EQ(readers.size(), VectorTargets().size());
+    EXPECT_EQ(writers.size(), VectorTargets().size());
+    EXPECT_FALSE(readers.contains(nullptr));
+    EXPECT_FALSE(writers.contains(nullptr));
+}
+
+void ExpectNoVectorForm(const Image& image) {
+    EXPECT_EQ(VectorRowReader(RowPacking::B64a, image), nullptr);
+    EXPECT_EQ(VectorRowWriter(RowPacking::B64a, image), nullptr);
+}
+
+TEST(RowConvertersVector, LeavesImagesWithAccessorsOfACallerAlone) {
+    const ImagePtr image = MakeImage(8, 1);
+    image->GetPixel = [](Pixel& pixel, const uint8_t*, const uint8_t*, Image*) { pixel = {}; };
+    ExpectNoVectorForm(*image);
+}
+
+TEST(RowConvertersVector, LeavesImagesWithoutMainDataAlone) {
+    const ImagePtr image = MakeImage(8, 1);
+    image->RowTable = nullptr;
+    ExpectNoVectorForm(*image);
+    image->RowTable = reinterpret_cast<uint8_t**>(UINTPTR_MAX);
+    ExpectNoVectorForm(*image);
+}
+
+TEST(RowConvertersVector, LeavesImagesWithGapsBetweenPixelsAlone) {
+    const ImagePtr image = MakeImage(8, 1);
+    image->PixelStride = 16;
+    ExpectNoVectorForm(*image);
+}
+
+TEST(RowConvertersVector, LeavesFloatingPointImagesAlone) {
+    ExpectNoVectorForm(*MakeImage(8, 1, ImageData_RGBAHalf));
+    ExpectNoVectorForm(*MakeImage(8, 1, ImageData_RGBAFloat));
+}
+
+TEST(RowConvertersVector, HasNoWriterForRp16) {
+    EXPECT_EQ(VectorRowWriter(RowPacking::Rp16, *MakeImage(8, 1)), nullptr);
+}
+
+} // namespace

@@ -1,0 +1,159 @@
+// Files that are missing, broken, or no movies.
+
+#include "MediaFiles.h"
+#include "media/MovieTrackSource.h"
+#include "media/ToolError.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const std::string clip = "-c:v libx264 -pix_fmt yuv420p -bf 2 -g 10 ";
+
+ExitStatus OpenStatus(const std::string& path) {
+    try {
+        MovieTrackSource::Open(path);
+    } catch (const ToolError& error) {
+        EXPECT_EQ(error.file(), path);
+        EXPECT_EQ(error.what(), path + ": " + error.cause());
+        EXPECT_EQ(error.cause().find('\n'), std::string::npos);
+        return error.status();
+    }
+    return ExitStatus::Done;
+}
+
+void Truncate(const std::string& path, double part) {
+    std::filesystem::resize_file(
+        path, static_cast<uintmax_t>(static_cast<double>(std::filesystem::file_size(path)) * part));
+}
+
+TEST(BadFiles, AMissingFileCannotBeOpened) {
+    const TempFolder folder;
+    EXPECT_EQ(OpenStatus(folder / "none.mov"), ExitStatus::CannotOpen);
+}
+
+TEST(BadFiles, AFolderCannotBeOpened) {
+    const TempFolder folder;
+    std::filesystem::create_directory(folder / "a.mov");
+    EXPECT_EQ(OpenStatus(folder / "a.mov"), ExitStatus::CannotOpen);
+}
+
+TEST(BadFiles, ADeviceCannotBeOpened) { EXPECT_EQ(OpenStatus("/dev/zero"), ExitStatus::CannotOpen); }
+
+TEST(BadFiles, AnEmptyFileIsDamaged) {
+    const TempFolder folder;
+    WriteBytes(folder / "a.mov", {});
+    EXPECT_EQ(OpenStatus(folder / "a.mov"), ExitStatus::Damaged);
+}
+
+TEST(BadFiles, ATextFileIsDamagedWhateverItsName) {
+    const TempFolder folder;
+    const std::string text = "Frames are counted from nought.\n";
+    for (const char* name : {"a.mov", "a.txt", "a.avi", "a"}) {
+        WriteBytes(folder / name, {text.begin(), text.end()});
+        EXPECT_EQ(OpenStatus(folder / name), ExitStatus::Damaged) << name;
+    }
+}
+
+TEST(BadFiles, SoundAloneIsUnsupported) {
+    const TempFolder folder;
+    RunFfmpeg("-f lavfi -i sine -t 1 '" + (folder / "a.wav") + "'");
+    RunFfmpeg("-f lavfi -i sine -t 1 '" + (folder / "a.mp4") + "'");
+    EXPECT_EQ(OpenStatus(folder / "a.wav"), ExitStatus::Unsupported);
+    EXPECT_EQ(OpenStatus(folder / "a.mp4"), ExitStatus::Unsupported);
+}
+
+TEST(BadFiles, AStillImageIsUnsupported) {
+    const TempFolder folder;
+    RunFfmpeg(TestPicture(64, 48, "25", 1) + " '" + (folder / "a.png") + "'");
+    EXPECT_EQ(OpenStatus(folder / "a.png"), ExitStatus::Unsupported);
+}
+
+TEST(BadFiles, APlaylistThatNamesOtherFilesIsNotFollowed) {
+    const TempFolder folder;
+    RunFfmpeg(TestPicture(64, 48, "25", 10) + " -c:v libx264 -f hls '" + (folder / "a.m3u8") + "'");
+    EXPECT_EQ(OpenStatus(folder / "a.m3u8"), ExitStatus::Unsupported);
+}
+
+TEST(BadFiles, NamesWithAColonAreFiles) {
+    const TempFolder folder;
+    RunFfmpeg(TestPicture(64, 48, "25", 2) + " -c:v mjpeg '" + (folder / "a.mov") + "'");
+    std::filesystem::rename(folder / "a.mov", folder / "http:a.mov");
+    EXPECT_EQ(MovieTrackSource::Open(folder / "http:a.mov")->GetFrameCount(), 2);
+}
+
+TEST(BadFiles, AMovieWithoutItsHeaderIsDamaged) {
+    const TempFolder folder;
+    RunFfmpeg(TestPicture(64, 48, "25", 20) + " " + clip + "'" + (folder / "a.mov") + "'");
+    Truncate(folder / "a.mov", 0.5);
+    EXPECT_EQ(OpenStatus(folder / "a.mov"), ExitStatus::Damaged);
+}
+
+class TruncatedFiles : public testing::TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(Containers, TruncatedFiles, testing::Values("mov", "avi", "mkv", "mts"),
+                         [](const auto& info) { return std::string(info.param); });
+
+TEST_P(TruncatedFiles, HoldTheSamplesThatAreThere) {
+    const TempFolder folder;
+    const std::string path = folder / (std::string("a.") + GetParam());
+    RunFfmpeg(TestPicture(128, 96, "25", 60) + " " + clip + "-movflags faststart '" + path + "'");
+    Truncate(path, 0.6);
+    const auto source = MovieTrackSource::Open(path);
+    EXPECT_GT(source->GetFrameCount(), 5);
+    EXPECT_LT(source->GetFrameCount(), 60);
+    int32_t size = 0;
+    for (int32_t i = source->GetSampleCount() - 1; i >= 0; --i) {
+        EXPECT_NE(source->ReadSample(i, nullptr, size), nullptr) << i;
+    }
+    EXPECT_EQ(source->ReadSample(source->GetSampleCount(), nullptr, size), nullptr);
+}
+
+TEST(BadFiles, AFileThatBreaksOffSaysSo) {
+    const TempFolder folder;
+    for (const char* name : {"a.mov", "a.avi"}) {
+        const std::string path = folder / name;
+        RunFfmpeg(TestPicture(128, 96, "25", 60) + " " + clip + "-movflags faststart '" + path + "'");
+        Truncate(path, 0.6);
+        EXPECT_NE(MovieTrackSource::Open(path)->Info().damage.find("of 60 can be read"), std::string::npos)
+            << name;
+    }
+}
+
+TEST(BadFiles, AFileThatShrinksWhileItIsOpenGivesNull) {
+    const TempFolder folder;
+    const std::string path = folder / "a.mov";
+    RunFfmpeg(TestPicture(128, 96, "25", 30) + " -c:v v210 '" + path + "'");
+    const auto source = MovieTrackSource::Open(path);
+    Truncate(path, 0.1);
+    int32_t size = 0;
+    EXPECT_EQ(source->ReadSample(29, nullptr, size), nullptr);
+    EXPECT_EQ(source->ReadSample(15, nullptr, size), nullptr);
+    EXPECT_EQ(size, 0);
+}
+
+TEST(BadFiles, AFileThatIsReplacedWhileItIsOpenGivesItsOwnSamplesOrNull) {
+    const TempFolder folder;
+    const std::string path = folder / "a.mov";
+    RunFfmpeg(TestPicture(128, 96, "25", 30) + " -c:v mjpeg '" + path + "'");
+    const auto source = MovieTrackSource::Open(path);
+    RunFfmpeg(TestPicture(64, 48, "25", 30) + " -c:v libx264 '" + (folder / "b.mov") + "'");
+    WriteBytes(path, ReadBytes(folder / "b.mov"));
+    const int32_t lastPossible = source->GetMaxSampleSize();
+    for (int32_t i = 0; i < 30; ++i) {
+        int32_t size = 0;
+        source->ReadSample(i, nullptr, size);
+        EXPECT_LE(size, lastPossible);
+    }
+}
+
+TEST(BadFiles, AFileThatDisappearsIsStillRead) {
+    const TempFolder folder;
+    const std::string path = folder / "a.mov";
+    RunFfmpeg(TestPicture(128, 96, "25", 5) + " -c:v v210 '" + path + "'");
+    const auto source = MovieTrackSource::Open(path);
+    std::filesystem::remove(path);
+    int32_t size = 0;
+    EXPECT_NE(source->ReadSample(3, nullptr, size), nullptr);
+}
+
+} // namespace

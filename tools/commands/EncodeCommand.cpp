@@ -1,0 +1,196 @@
+#include "commands/EncodeCommand.h"
+
+#include "Cancellation.h"
+#include "Encoders.h"
+#include "FourCCText.h"
+#include "FrameRateText.h"
+#include "frames/Packings.h"
+#include "framework/CxAVCodecRegistry.h"
+#include "host/Platform.h"
+#include "media/MovieTrackWriter.h"
+
+#include <limits>
+
+namespace {
+
+constexpr Rational kDefaultRate{24, 1};
+constexpr uint32_t kCodeAlpha = 2; ///< of `CxEncodedFrame::flags`
+constexpr int kProgressive = 1;
+constexpr int kTopFieldFirst = 2;
+constexpr int kBottomFieldFirst = 3;
+// Colour values in FFmpeg's numbering.
+constexpr int kNotTold = 2;
+constexpr int kVideoRange = 1;
+constexpr int kMatrixRgb = 0;
+constexpr int kMatrixBt709 = 1;
+
+/// An encoded frame whose buffer goes with it.
+struct EncodedFrame : CxEncodedFrame {
+    EncodedFrame() = default;
+    ~EncodedFrame() {
+        if (data != nullptr) Platform::FreeMemAligned(data);
+    }
+    EncodedFrame(const EncodedFrame&) = delete;
+    EncodedFrame& operator=(const EncodedFrame&) = delete;
+};
+
+Rational ChooseRate(const EncodeOptions& options, const FrameTrack& track) {
+    if (options.frameRate) return *options.frameRate;
+    const Rational rate = track.movie ? track.movie->frameRate : kDefaultRate;
+    constexpr int64_t most = std::numeric_limits<int32_t>::max();
+    if (rate.num <= 0 || rate.den <= 0 || rate.num > most || rate.den > most)
+        throw ToolError(ExitStatus::Usage, track.name, "its frame rate is not known; give it with --fps");
+    return rate;
+}
+
+/// The order in which the fields are shown; a movie may have coded them the other way round.
+int ChooseFieldOrder(const EncodeOptions& options, const FrameTrack& track) {
+    if (options.fieldOrder) return *options.fieldOrder;
+    switch (track.movie ? track.movie->fieldOrder.value : kProgressive) {
+    case 2:
+    case 5: return kTopFieldFirst;
+    case 3:
+    case 4: return kBottomFieldFirst;
+    default: return kProgressive;
+    }
+}
+
+/// Value of the movie's file, or `unknown` for one that was only assumed.
+int ToldValue(const TrackValue& value, int unknown) {
+    return value.source == ValueSource::Assumed ? unknown : value.value;
+}
+
+/// Pixels are converted with the BT.709 matrix in video range in both directions, so tags of a YUV movie stay
+/// true for a YUV movie that is made of it.
+void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
+    if (track.movie) {
+        settings.colorPrimaries = ToldValue(track.movie->colorPrimaries, kNotTold);
+        settings.colorTransfer = ToldValue(track.movie->colorTransfer, kNotTold);
+    }
+    if (PackingIsRgb(settings.fourCC)) return;
+    settings.colorMatrix = track.movie ? ToldValue(track.movie->colorMatrix, kNotTold) : kNotTold;
+    const bool ofYuvMovie = settings.colorMatrix != kMatrixRgb && settings.colorMatrix != kNotTold;
+    if (!ofYuvMovie) settings.colorMatrix = kMatrixBt709;
+    settings.colorRange = ofYuvMovie ? ToldValue(track.movie->colorRange, kVideoRange) : kVideoRange;
+}
+
+MovieTrackSettings DescribeMovie(const EncodeOptions& options, const FrameTrack& track,
+                                 const CxEncoderInfo& row) {
+    MovieTrackSettings settings;
+    settings.path = options.output;
+    settings.fourCC = row.fourCC;
+    settings.width = track.width;
+    settings.height = track.height;
+    settings.frameRate = ChooseRate(options, track);
+    settings.fieldOrder = ChooseFieldOrder(options, track);
+    settings.alpha = PackingHasAlpha(row.fourCC) || (options.alpha && OffersAlpha(row));
+    if (track.movie) {
+        settings.timeCode = track.movie->timeCode;
+        settings.pixelAspect = track.movie->sampleAspect;
+    }
+    TagColors(track, settings);
+    return settings;
+}
+
+CxVideoSettings DescribeStream(const MovieTrackSettings& movie, const CxEncoderInfo& row) {
+    CxVideoSettings settings;
+    settings.width = movie.width;
+    settings.height = movie.height;
+    settings.frameDuration = static_cast<uint32_t>(movie.frameRate.den);
+    settings.timeScale = static_cast<uint32_t>(movie.frameRate.num);
+    settings.text0 = row.name;
+    settings.text1 = row.name;
+    settings.fourCC = row.fourCC;
+    settings.fieldOrder = static_cast<uint32_t>(movie.fieldOrder);
+    settings.value7 = static_cast<uint32_t>(movie.pixelAspect.num);
+    settings.value8 = static_cast<uint32_t>(movie.pixelAspect.den);
+    settings.hasAlpha = movie.alpha;
+    settings.value9 = static_cast<uint16_t>(movie.colorPrimaries);
+    settings.value10 = static_cast<uint16_t>(movie.colorTransfer);
+    settings.value11 = static_cast<uint16_t>(movie.colorMatrix);
+    return settings;
+}
+
+void CheckSize(const FrameTrack& track, const CxEncoderInfo& row) {
+    const auto fits = [](uint32_t bound, int32_t size) {
+        return bound == 0 || bound == static_cast<uint32_t>(size);
+    };
+    if (fits(row.width, track.width) && fits(row.height, track.height)) return;
+    throw ToolError(ExitStatus::Unsupported, track.name,
+                    "'" + row.name + "' takes pictures of " + std::to_string(row.width) + "x" +
+                        std::to_string(row.height) + " alone");
+}
+
+/// Opens the encoder and completes the description of the movie by what the encoder says.
+std::unique_ptr<CxAbstractAVCodec> OpenEncoder(const CxEncoderInfo& row, MovieTrackSettings& movie) {
+    std::unique_ptr<CxAbstractAVCodec> encoder(CxAVCodecRegistry::CreateEncoder(row.name));
+    CxVideoSettings settings = DescribeStream(movie, row);
+    if (!encoder || encoder->SetEncoderSettings(settings) != CxAV_OK)
+        throw ToolError(ExitStatus::Unsupported, movie.path, "'" + row.name + "' does not start");
+    movie.extraData = settings.extraData;
+    return encoder;
+}
+
+void EncodeImage(CxAbstractAVCodec& encoder, const CxEncoderInfo& row, const MovieTrackSettings& movie,
+                 Image* image, MovieTrackWriter& writer) {
+    EncodedFrame frame;
+    frame.codecTag = CodecTag(row);
+    frame.fieldOrder = static_cast<uint32_t>(movie.fieldOrder);
+    frame.flags = movie.alpha ? kCodeAlpha : 0;
+    const CxAVError error = encoder.EncodeFrame(image, frame);
+    if (error != CxAV_OK)
+        throw ToolError(error == CxAV_UNSUPPORTED ? ExitStatus::Unsupported : ExitStatus::JobFailed,
+                        movie.path, "'" + row.name + "' can't encode a frame");
+    writer.WriteFrame(frame.data, frame.size);
+}
+
+void Describe(const FrameTrack& track, const MovieTrackSettings& movie, const CxEncoderInfo& row,
+              Report& report) {
+    const std::string rate = FormatRational(movie.frameRate);
+    const std::string fourCC = FourCCText(movie.fourCC);
+    report.result["file"] = movie.path;
+    report.result["codec"] = row.name;
+    report.result["fourCC"] = fourCC;
+    report.result["frames"] = track.frameCount;
+    report.result["width"] = movie.width;
+    report.result["height"] = movie.height;
+    report.result["frameRate"] = rate;
+    report.text = movie.path + ": " + std::to_string(track.frameCount) + " frames " +
+                  std::to_string(movie.width) + "x" + std::to_string(movie.height) + " at " + rate +
+                  " a second, " + row.name + " (" + fourCC + ")\n";
+}
+
+void WarnAbout(const EncodeOptions& options, const FrameTrack& track, const MovieTrackSettings& movie,
+               Report& report) {
+    if (options.alpha && !movie.alpha)
+        report.warnings.push_back(options.output + ": '" + options.codec + "' carries no alpha");
+    if (!track.movie) return;
+    if (!track.movie->damage.empty()) report.warnings.push_back(track.name + ": " + track.movie->damage);
+    if (!track.movie->constantFrameRate)
+        report.warnings.push_back(track.name +
+                                  ": its frames are not evenly spaced; written at a steady rate");
+}
+
+} // namespace
+
+void RunEncode(const EncodeOptions& options, Report& report) {
+    const CxEncoderInfo row = FindEncoder(options.codec);
+    const std::unique_ptr<FrameInput> input = OpenFrameInput(options.input, options.inputOptions);
+    const FrameTrack& track = input->Track();
+    CheckSize(track, row);
+    MovieTrackSettings movie = DescribeMovie(options, track, row);
+    const std::unique_ptr<CxAbstractAVCodec> encoder = OpenEncoder(row, movie);
+    WarnAbout(options, track, movie, report);
+
+    MovieTrackWriter writer(movie);
+    Progress progress("encode", track.frameCount, options.progress);
+    for (int64_t index = 0; index < track.frameCount; ++index) {
+        ThrowIfCancelled();
+        const HostImage image = input->Read(index, track.kind);
+        EncodeImage(*encoder, row, movie, image.get(), writer);
+        progress.Step();
+    }
+    ThrowIfCancelled();
+    writer.Finish();
+    Describe(track, movie, row, report);
+}

@@ -1,0 +1,161 @@
+#include "commands/MovieDescription.h"
+
+#include "FourCCText.h"
+#include "FrameRateText.h"
+#include "Text.h"
+#include "framework/CxAVCodecRegistry.h"
+
+#include <iomanip>
+#include <sstream>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json DescribeValue(const TrackValue& value) {
+    return {{"value", value.value}, {"text", value.text}, {"source", ValueSourceName(value.source)}};
+}
+
+Json DescribeStreams(const MovieTrackInfo& info) {
+    Json list = Json::array();
+    for (const StreamInfo& stream : info.streams)
+        list.push_back({{"index", stream.index},
+                        {"type", stream.type},
+                        {"codec", stream.codecName},
+                        {"fourCC", stream.fourCCText}});
+    return list;
+}
+
+Json DescribeColor(const MovieTrackInfo& info) {
+    return {{"range", DescribeValue(info.colorRange)},
+            {"matrix", DescribeValue(info.colorMatrix)},
+            {"primaries", DescribeValue(info.colorPrimaries)},
+            {"transfer", DescribeValue(info.colorTransfer)}};
+}
+
+/// Back-ends of the registry that claim the track's code, the first one to be tried first.
+Json DescribeDecoder(uint32_t fourCC) {
+    Json names = Json::array();
+    for (const CxAbstractCodecFactory* factory : CxAVCodecRegistry::GetDecoderFactories(fourCC))
+        names.push_back(factory->name);
+    return {{"available", CxAVCodecRegistry::CanCreateDecoder(fourCC)}, {"backEnds", names}};
+}
+
+void DescribeCodec(const MovieTrackInfo& info, Json& object) {
+    object["fourCC"] = FourCCText(info.fourCC);
+    object["containerTag"] = FourCCText(info.containerTag);
+    object["codec"] = info.codecName;
+    object["profile"] = info.profile;
+    object["pixelFormat"] = info.pixelFormat;
+    object["bitsPerCodedSample"] = info.bitsPerCodedSample;
+    object["bitRate"] = info.bitRate;
+    object["configurationBytes"] = info.extraData.size();
+}
+
+void DescribePicture(const MovieTrackInfo& info, Json& object) {
+    object["width"] = info.width;
+    object["height"] = info.height;
+    object["codedWidth"] = info.codedWidth;
+    object["codedHeight"] = info.codedHeight;
+    object["displayWidth"] = info.displayWidth;
+    object["displayHeight"] = info.displayHeight;
+    object["pixelAspect"] = FormatRational(info.sampleAspect);
+    object["fieldOrder"] = DescribeValue(info.fieldOrder);
+    object["color"] = DescribeColor(info);
+}
+
+void DescribeTime(const MovieTrackInfo& info, Json& object) {
+    object["frameCount"] = info.frameCount;
+    object["frameRate"] = FormatRational(info.frameRate);
+    object["constantFrameRate"] = info.constantFrameRate;
+    object["startTime"] = FormatRational(info.startTime);
+    object["duration"] = FormatRational(info.duration);
+    object["timeCode"] = info.timeCode;
+}
+
+std::string TextOf(const Json& value) { return value.is_string() ? value.get<std::string>() : value.dump(); }
+
+/// Lines of a name and what is known under it.
+class Lines {
+public:
+    void Add(const std::string& name, const std::string& value) {
+        if (value.empty()) return;
+        text_ << std::left << std::setw(kNameWidth) << name << value << "\n";
+    }
+    void AddSourced(const std::string& name, const Json& value) {
+        Add(name, TextOf(value["text"]) + " (" + TextOf(value["source"]) + ")");
+    }
+    std::string Text() const { return text_.str(); }
+
+private:
+    static constexpr int kNameWidth = 16;
+    std::ostringstream text_;
+};
+
+std::string TextOfDecoder(const Json& decoder) {
+    const std::string names = Join(decoder["backEnds"], ", ");
+    return names.empty() ? "none in the registry" : names;
+}
+
+std::string TextOfSize(const Json& movie, const char* width, const char* height) {
+    return TextOf(movie[width]) + "x" + TextOf(movie[height]);
+}
+
+void AddPicture(const Json& movie, Lines& lines) {
+    lines.Add("size", TextOfSize(movie, "width", "height"));
+    lines.Add("coded size", TextOfSize(movie, "codedWidth", "codedHeight"));
+    lines.Add("display size", TextOfSize(movie, "displayWidth", "displayHeight") + ", pixel aspect " +
+                                  TextOf(movie["pixelAspect"]));
+    lines.AddSourced("field order", movie["fieldOrder"]);
+    lines.AddSourced("range", movie["color"]["range"]);
+    lines.AddSourced("matrix", movie["color"]["matrix"]);
+    lines.AddSourced("primaries", movie["color"]["primaries"]);
+    lines.AddSourced("transfer", movie["color"]["transfer"]);
+}
+
+void AddTime(const Json& movie, Lines& lines) {
+    lines.Add("frames", TextOf(movie["frameCount"]));
+    lines.Add("rate",
+              TextOf(movie["frameRate"]) + (movie["constantFrameRate"].get<bool>() ? "" : ", not constant"));
+    lines.Add("start", TextOf(movie["startTime"]) + " s");
+    lines.Add("duration", TextOf(movie["duration"]) + " s");
+    lines.Add("time code", TextOf(movie["timeCode"]));
+}
+
+} // namespace
+
+Json DescribeMovie(const MovieTrackInfo& info) {
+    Json object;
+    object["kind"] = "movie";
+    object["file"] = info.path;
+    object["container"] = info.container;
+    object["streams"] = DescribeStreams(info);
+    object["videoStream"] = info.streamIndex;
+    DescribeCodec(info, object);
+    object["decoder"] = DescribeDecoder(info.fourCC);
+    DescribePicture(info, object);
+    DescribeTime(info, object);
+    object["metadata"] = info.metadata;
+    object["damage"] = info.damage;
+    return object;
+}
+
+std::string TextOfMovie(const Json& movie) {
+    Lines lines;
+    lines.Add("file", TextOf(movie["file"]));
+    lines.Add("container", TextOf(movie["container"]));
+    for (const Json& stream : movie["streams"])
+        lines.Add("stream " + TextOf(stream["index"]), TextOf(stream["type"]) + ", " +
+                                                           TextOf(stream["codec"]) + ", tag " +
+                                                           TextOf(stream["fourCC"]));
+    lines.Add("video stream", TextOf(movie["videoStream"]));
+    lines.Add("track code", TextOf(movie["fourCC"]) + " (container " + TextOf(movie["containerTag"]) + ")");
+    lines.Add("codec", TextOf(movie["codec"]) + " " + TextOf(movie["profile"]));
+    lines.Add("pixel format", TextOf(movie["pixelFormat"]));
+    lines.Add("decoder", TextOfDecoder(movie["decoder"]));
+    AddPicture(movie, lines);
+    AddTime(movie, lines);
+    for (const auto& [key, value] : movie["metadata"].items())
+        lines.Add("  " + key, TextOf(value));
+    return lines.Text();
+}

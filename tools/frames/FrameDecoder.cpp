@@ -1,0 +1,95 @@
+#include "frames/FrameDecoder.h"
+
+#include "FourCCText.h"
+#include "framework/CxAVCodecRegistry.h"
+#include "media/ToolError.h"
+#include "pixel/PixelConvert.h"
+
+#include <filesystem>
+
+namespace {
+
+[[noreturn]] void FailFrame(const std::string& path, int32_t frame, ExitStatus status, const char* cause) {
+    throw ToolError(status, path, "frame " + std::to_string(frame) + ": " + cause);
+}
+
+class RegistryDecoder : public FrameDecoder {
+public:
+    RegistryDecoder(std::string path, std::unique_ptr<CxAbstractAVCodec> codec)
+        : FrameDecoder(codec->GetName()), path_(std::move(path)), codec_(std::move(codec)) {}
+
+    void Decode(int32_t frame, Image* image) override {
+        switch (codec_->GetDecodedFrame(frame, image)) {
+        case CxAV_OK: return;
+        case CxAV_READ_FAILED: FailFrame(path_, frame, ExitStatus::Damaged, "its sample can't be read");
+        case CxAV_UNSUPPORTED: FailFrame(path_, frame, ExitStatus::Unsupported, "no engine for this stream");
+        default: FailFrame(path_, frame, ExitStatus::Damaged, "it can't be decoded");
+        }
+    }
+
+private:
+    std::string path_;
+    std::unique_ptr<CxAbstractAVCodec> codec_;
+};
+
+/// Bytes of a sample whose rows are packed as `PixelConvert::CalcRowBytes` says; 0 for any other code.
+int64_t PackedSampleBytes(uint32_t fourCC, int32_t width, int32_t height) {
+    const int64_t planes = fourCC == FourCC("rp16") ? 3 : 1;
+    return planes * PixelConvert::CalcRowBytes(fourCC, static_cast<uint32_t>(width)) * height;
+}
+
+/// Reads packings that `PixelConvert` knows and no back-end claims.
+class PackedDecoder : public FrameDecoder {
+public:
+    explicit PackedDecoder(MovieTrackSource& source) : FrameDecoder("pixel conversion"), source_(source) {}
+
+    void Decode(int32_t frame, Image* image) override {
+        const std::string& path = source_.Info().path;
+        const uint32_t fourCC = source_.GetFourCC();
+        int32_t size = 0;
+        uint8_t* sample = source_.ReadSample(source_.GetSampleForFrame(frame), nullptr, size);
+        if (sample == nullptr || size < PackedSampleBytes(fourCC, image->Width, image->Height))
+            FailFrame(path, frame, ExitStatus::Damaged, "its sample can't be read or is too short");
+        const auto rowBytes =
+            static_cast<uint32_t>(PixelConvert::CalcRowBytes(fourCC, static_cast<uint32_t>(image->Width)));
+        if (!PixelConvert::BlobToImage(sample, rowBytes, fourCC, image))
+            FailFrame(path, frame, ExitStatus::Unsupported, "this packing is not read");
+    }
+
+private:
+    MovieTrackSource& source_;
+};
+
+std::unique_ptr<FrameDecoder> OpenRegistryDecoder(MovieTrackSource& source) {
+    std::unique_ptr<CxAbstractAVCodec> codec(CxAVCodecRegistry::CreateDecoder(&source));
+    if (!codec) return nullptr;
+    return std::make_unique<RegistryDecoder>(source.Info().path, std::move(codec));
+}
+
+std::unique_ptr<FrameDecoder> OpenPackedDecoder(MovieTrackSource& source) {
+    if (PackedSampleBytes(source.GetFourCC(), source.GetWidth(), source.GetHeight()) <= 0) return nullptr;
+    return std::make_unique<PackedDecoder>(source);
+}
+
+std::string CodecText(const MovieTrackSource& source) {
+    const MovieTrackInfo& info = source.Info();
+    return "'" + FourCCText(info.fourCC) + "' (" + info.codecName + ")";
+}
+
+[[noreturn]] void RefuseFormat(const MovieTrackSource& source) {
+    const std::string extension = std::filesystem::path(source.Info().path).extension().string();
+    throw ToolError(ExitStatus::Unsupported, source.Info().path,
+                    "no host format of this build loads '" + extension + "'");
+}
+
+} // namespace
+
+std::unique_ptr<FrameDecoder> OpenFrameDecoder(MovieTrackSource& source, DecodeRoad road) {
+    if (road == DecodeRoad::Format) RefuseFormat(source);
+    std::unique_ptr<FrameDecoder> decoder = OpenRegistryDecoder(source);
+    if (!decoder && road == DecodeRoad::Auto) decoder = OpenPackedDecoder(source);
+    if (!decoder)
+        throw ToolError(ExitStatus::Unsupported, source.Info().path,
+                        "no decoder for track code " + CodecText(source));
+    return decoder;
+}

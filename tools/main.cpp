@@ -1,0 +1,24 @@
+// The command: reads the command line, runs one of the commands and says how it ended.
+
+#include "Cancellation.h"
+#include "CommandLine.h"
+
+#include <new>
+
+int main(int argc, char** argv) {
+    CatchSignals();
+    Report report;
+    std::optional<ToolError> failure;
+    CommandLine line;
+    try {
+        line.Parse(argc, argv);
+        line.Run(report);
+    } catch (const ToolError& error) {
+        failure = error;
+    } catch (const std::bad_alloc&) {
+        failure = ToolError(ExitStatus::JobFailed, "corvexvf", "not enough memory");
+    } catch (const std::exception& error) {
+        failure = ToolError(ExitStatus::JobFailed, "corvexvf", error.what());
+    }
+    return Publish(report, line.WantsJson(), failure);
+}
