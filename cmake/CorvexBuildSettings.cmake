@@ -28,6 +28,9 @@ add_compile_options(-ffp-contract=off)
 if(CORVEX_SANITIZE)
     add_compile_options(-fsanitize=${CORVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${CORVEX_SANITIZE})
+else()
+    # A library names everything that it needs; sanitizer run times come from the program.
+    add_link_options(-Wl,--no-undefined)
 endif()
 
 find_program(CCACHE_PROGRAM ccache)

@@ -2,8 +2,8 @@
 
 namespace {
 
-// The outermost codes of 8 and 10 bits are timing codes on a serial interface (SMPTE ST 125, ST 274) and stand
-// in no picture. Words of 16 bits are a memory format and take every code.
+// The outermost codes of 8 and 10 bits are timing codes on a serial interface (SMPTE ST 125, ST 274) and
+// stand in no picture. Words of 16 bits are a memory format and take every code.
 
 /// Video range (Recommendation ITU-R BT.709-6, 3.5) at a depth of 8, 10 or 16 bits.
 constexpr ColorRange VideoRange(int bits) {

@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// How the samples of one row stand in memory. Words are little-endian. "C" is Cb at even pixels and Cr at odd
-/// ones.
+/// How the samples of one row stand in memory. Words are little-endian. "C" is Cb at even pixels and Cr at
+/// odd ones.
 enum class ColorPacking : uint8_t {
     Pairs8,       ///< bytes C Y
     Pairs16,      ///< words C Y

@@ -11,9 +11,10 @@ struct Console {
     std::mutex lock;
     CorvexDoc::ConsoleHook hook; ///< guarded by `lock`
 
+    /// Never destroyed: other static objects print while the process ends.
     static Console& Get() {
-        static Console console;
-        return console;
+        static Console* const console = new Console;
+        return *console;
     }
 };
 

@@ -10,9 +10,10 @@ namespace {
 /// `value` limited to 0..1, times `white`, to the nearest integer; not-a-number gives 0. Double precision
 /// holds the product exactly, so that the result is the nearest one always.
 constexpr int32_t Quantize(float value, int32_t white) {
+    constexpr double halfStep = 0.5;
     if (!(value > 0.0f)) return 0;
     if (value >= 1.0f) return white;
-    return static_cast<int32_t>(static_cast<double>(value) * white + 0.5);
+    return static_cast<int32_t>(static_cast<double>(value) * white + halfStep);
 }
 
 /// The host stores the low 16 bits of an integer channel: callers hand in sign-extended words.

@@ -10,7 +10,7 @@ size_t Reuser::ObjectSize() const { return sizeof(Reuser); }
 
 void* Reuser::operator new(size_t size) { return ::operator new(size); }
 
-void Reuser::operator delete(void* block, size_t size) { ::operator delete(block, size); }
+void Reuser::operator delete(void* block) { ::operator delete(block); }
 
 bool RefObject::SetAttrsTagList(const TagList&) { return false; }
 

@@ -24,7 +24,7 @@ public:
     /// The stand-alone host takes the memory from the C++ heap, so that tools which watch the heap see every
     /// object.
     static void* operator new(size_t size);
-    static void operator delete(void* block, size_t size);
+    static void operator delete(void* block);
 };
 
 /// Part of the host's class chain; adds nothing in the stand-alone host.

@@ -16,9 +16,10 @@ struct PathMaps {
     std::mutex lock;
     std::vector<PathMapEntry> entries; ///< guarded by `lock`
 
+    /// Never destroyed: other static objects may map paths while the process ends.
     static PathMaps& Get() {
-        static PathMaps maps;
-        return maps;
+        static PathMaps* const maps = new PathMaps;
+        return *maps;
     }
 };
 

@@ -53,6 +53,7 @@ std::vector<std::string> Registry::Extensions() const {
 }
 
 bool Registry::HasExtension(const char* extension) const {
+    if (extension == nullptr) return false;
     return std::ranges::any_of(Extensions(), [extension](const std::string& claimed) {
         return strcasecmp(claimed.c_str(), extension) == 0;
     });

@@ -67,7 +67,7 @@ public:
     CORVEX_HOST_API const char* DisplayName() const;
     /// The file extensions, each with its dot, in the order of registration.
     CORVEX_HOST_API std::vector<std::string> Extensions() const;
-    /// Whether the class claims `extension` (with its dot, in any case).
+    /// Whether the class claims `extension` (with its dot, in any case); null is never claimed.
     CORVEX_HOST_API bool HasExtension(const char* extension) const;
     CORVEX_HOST_API int Priority() const;
     CORVEX_HOST_API bool CanLoad() const;

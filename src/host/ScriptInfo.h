@@ -10,6 +10,8 @@
 /// class.
 class ScriptInfo {
 public:
+    /// No text may be null.
+    ///
     /// @param version    1
     /// @param className  the registered class name
     /// @param help       help text of the script layer; may be empty

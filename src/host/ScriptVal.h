@@ -39,10 +39,10 @@ public:
     CORVEX_HOST_API ScriptValType Type() const;
     CORVEX_HOST_API bool IsTable() const;
 
-    /// Entry `key` of a table, created as nil if it isn't there. A value that is not a table becomes one.
-    /// The reference is valid until this value is assigned, set or destroyed.
+    /// Entry `key` (not null) of a table, created as nil if it isn't there. A value that is not a table
+    /// becomes one. The reference is valid until this value is assigned, set or destroyed.
     CORVEX_HOST_API ScriptVal& FindKey(const char* key);
-    /// Entry `key` of a table, or a shared nil value if it isn't there or this is not a table.
+    /// Entry `key` (not null) of a table, or a shared nil value if it isn't there or this is not a table.
     CORVEX_HOST_API const ScriptVal& FindKeyConst(const char* key) const;
     /// Keys of a table in order of insertion; empty if this is not a table.
     CORVEX_HOST_API std::vector<std::string> Keys() const;

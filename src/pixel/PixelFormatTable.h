@@ -59,7 +59,7 @@ inline constexpr std::array<PixelFormat, 31> all = {{
     {FourCC("b64a"), {8}, {8}, Rows(RowPacking::B64a), Rows(RowPacking::B64a)},
     {FourCC("l48r"), {6}, {6}, Rows(RowPacking::L48r), Rows(RowPacking::L48r)},
     {FourCC("l64r"), {8}, {8}, Rows(RowPacking::L64r), Rows(RowPacking::L64r)},
-    {FourCC("nv12"), noRow, {1}, Host(ColorLayout_nv12), none},
+    {FourCC("nv12"), noRow, {2, 2}, Host(ColorLayout_nv12), none},
     {FourCC("r210"), {256, 64}, {4}, Rows(RowPacking::R210), Rows(RowPacking::R210)},
     {FourCC("r214"), noRow, {6}, Rows(RowPacking::R214), Rows(RowPacking::R214)},
     {FourCC("r408"), {4}, {4}, Host(ColorLayout_r408), Host(ColorLayout_r408)},

@@ -13,6 +13,7 @@
 
 #include <hwy/highway.h>
 
+#include "pixel/RowVectorImage-inl.h"
 #include "pixel/RowVectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -22,8 +23,8 @@ namespace HWY_NAMESPACE {
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
 // Without vectors there is nothing to gain on the scalar form.
-Image::RowFunction PickWriter(RowPacking, bool) { return nullptr; }
-Image::RowFunction PickReader(RowPacking, bool) { return nullptr; }
+Image::RowFunction PickWriter(RowPacking, ImageDataKind) { return nullptr; }
+Image::RowFunction PickReader(RowPacking, ImageDataKind) { return nullptr; }
 
 #else
 
@@ -72,6 +73,9 @@ HWY_INLINE V16 KeepAlpha(V16 scaled, V16 v) {
     return hn::Or(hn::And(alpha, v), hn::AndNot(alpha, scaled));
 }
 
+HWY_INLINE void StoreToBlob(V16 v, uint16_t* out) { hn::StoreU(v, D16(), out); }
+HWY_INLINE void StoreToBlob(V16 v, uint8_t* out) { hn::StoreU(HighBytes(v), D8(), out); }
+
 template <RowPacking Packing>
 using BlobWord = std::conditional_t<LayoutOf(Packing).word == RowWord::Byte, uint8_t, uint16_t>;
 
@@ -93,28 +97,6 @@ HWY_INLINE void ReadFour(const uint8_t* in, T* pixels) {
 
 // ---------------------------------------------------------------------------------------------------------
 // Packings of three channels. Each channel has a vector of its own.
-
-HWY_INLINE void LoadPixels(const uint16_t* pixels, V16& r, V16& g, V16& b) {
-    V16 a;
-    hn::LoadInterleaved4(D16(), pixels, r, g, b, a);
-}
-
-HWY_INLINE void LoadPixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
-    V8 r8, g8, b8, a8;
-    hn::LoadInterleaved4(D8(), pixels, r8, g8, b8, a8);
-    r = Widen(r8);
-    g = Widen(g8);
-    b = Widen(b8);
-}
-
-HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, uint16_t* pixels) {
-    hn::StoreInterleaved4(r, g, b, hn::Set(D16(), 65535), D16(), pixels);
-}
-
-HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, uint8_t* pixels) {
-    hn::StoreInterleaved4(RoundToBytes(r), RoundToBytes(g), RoundToBytes(b), hn::Set(D8(), 255), D8(),
-                          pixels);
-}
 
 template <RowPacking Packing>
 HWY_INLINE V16 ToWord(V16 v) {
@@ -162,9 +144,8 @@ HWY_INLINE void LoadThree(const uint8_t* in, V16& w0, V16& w1, V16& w2) {
 // r210. Its 32-bit word is handled as two of 16 bits: 2 zero bits, R, 4 bits of G; 6 bits of G, B.
 
 HWY_INLINE void StoreTenBits(V16 r, V16 g, V16 b, uint8_t* out) {
-    const V16 g10 = TenBitsOf(g);
-    const V16 upper = hn::Or(hn::ShiftLeft<4>(TenBitsOf(r)), hn::ShiftRight<6>(g10));
-    const V16 lower = hn::Or(hn::ShiftLeft<10>(g10), TenBitsOf(b));
+    const V16 upper = hn::Or(hn::ShiftLeft<4>(r), hn::ShiftRight<6>(g));
+    const V16 lower = hn::Or(hn::ShiftLeft<10>(g), b);
     hn::StoreInterleaved2(SwapBytes(upper), SwapBytes(lower), D16(), reinterpret_cast<uint16_t*>(out));
 }
 
@@ -174,9 +155,9 @@ HWY_INLINE void LoadTenBits(const uint8_t* in, V16& r, V16& g, V16& b) {
     upper = SwapBytes(upper);
     lower = SwapBytes(lower);
     const V16 tenBits = hn::Set(D16(), 0x3FF);
-    r = FromTenBits(hn::And(hn::ShiftRight<4>(upper), tenBits));
-    g = FromTenBits(hn::And(hn::Or(hn::ShiftLeft<6>(upper), hn::ShiftRight<10>(lower)), tenBits));
-    b = FromTenBits(hn::And(lower, tenBits));
+    r = hn::And(hn::ShiftRight<4>(upper), tenBits);
+    g = hn::And(hn::Or(hn::ShiftLeft<6>(upper), hn::ShiftRight<10>(lower)), tenBits);
+    b = hn::And(lower, tenBits);
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -194,8 +175,11 @@ HWY_INLINE void WriteBlock(const T* pixels, uint8_t* out) {
     constexpr RowLayout layout = LayoutOf(Packing);
     if constexpr (layout.channels == 4) return WriteFour<Packing>(pixels, out);
     V16 r, g, b;
+    if constexpr (layout.word == RowWord::TenBits) {
+        LoadTenBitPixels(pixels, r, g, b);
+        return StoreTenBits(r, g, b, out);
+    }
     LoadPixels(pixels, r, g, b);
-    if constexpr (layout.word == RowWord::TenBits) return StoreTenBits(r, g, b, out);
     const bool redFirst = layout.order[0] == RowChannel::R;
     StoreThree<Packing>(redFirst ? r : b, g, redFirst ? b : r, out);
 }
@@ -208,6 +192,7 @@ HWY_INLINE void ReadBlock(const uint8_t* in, int64_t planeBytes, T* pixels) {
     V16 r, g, b;
     if constexpr (layout.word == RowWord::TenBits) {
         LoadTenBits(in, r, g, b);
+        return StoreOpaqueTenBitPixels(r, g, b, pixels);
     } else if constexpr (layout.word == RowWord::Plane16) {
         r = LoadWords(reinterpret_cast<const uint16_t*>(in));
         g = LoadWords(reinterpret_cast<const uint16_t*>(in + planeBytes));
@@ -275,18 +260,44 @@ constexpr RowFunctions Readers(std::index_sequence<I...>) {
     return {&ReadRow<static_cast<RowPacking>(I), T>...};
 }
 
-constexpr auto allPackings = std::make_index_sequence<rowPackingCount>();
-constexpr RowFunctions writers8 = Writers<uint8_t>(allPackings);
-constexpr RowFunctions writers16 = Writers<uint16_t>(allPackings);
-constexpr RowFunctions readers8 = Readers<uint8_t>(allPackings);
-constexpr RowFunctions readers16 = Readers<uint16_t>(allPackings);
-
-Image::RowFunction PickWriter(RowPacking packing, bool sixteenBits) {
-    return (sixteenBits ? writers16 : writers8)[static_cast<size_t>(packing)];
+template <typename T>
+Image::RowFunction WriterFor(RowPacking packing) {
+    if constexpr (std::is_same_v<T, hwy::float16_t> && !hasHalves) {
+        return nullptr;
+    } else {
+        static constexpr RowFunctions writers = Writers<T>(std::make_index_sequence<rowPackingCount>());
+        return writers[static_cast<size_t>(packing)];
+    }
 }
 
-Image::RowFunction PickReader(RowPacking packing, bool sixteenBits) {
-    return (sixteenBits ? readers16 : readers8)[static_cast<size_t>(packing)];
+template <typename T>
+Image::RowFunction ReaderFor(RowPacking packing) {
+    if constexpr (std::is_same_v<T, hwy::float16_t> && !hasHalves) {
+        return nullptr;
+    } else {
+        static constexpr RowFunctions readers = Readers<T>(std::make_index_sequence<rowPackingCount>());
+        return readers[static_cast<size_t>(packing)];
+    }
+}
+
+Image::RowFunction PickWriter(RowPacking packing, ImageDataKind kind) {
+    switch (kind) {
+    case ImageData_RGBA8: return WriterFor<uint8_t>(packing);
+    case ImageData_RGBA16: return WriterFor<uint16_t>(packing);
+    case ImageData_RGBAHalf: return WriterFor<hwy::float16_t>(packing);
+    case ImageData_RGBAFloat: return WriterFor<float>(packing);
+    }
+    return nullptr;
+}
+
+Image::RowFunction PickReader(RowPacking packing, ImageDataKind kind) {
+    switch (kind) {
+    case ImageData_RGBA8: return ReaderFor<uint8_t>(packing);
+    case ImageData_RGBA16: return ReaderFor<uint16_t>(packing);
+    case ImageData_RGBAHalf: return ReaderFor<hwy::float16_t>(packing);
+    case ImageData_RGBAFloat: return ReaderFor<float>(packing);
+    }
+    return nullptr;
 }
 
 #endif
@@ -304,30 +315,34 @@ static_assert(std::endian::native == std::endian::little, "words are moved as th
 HWY_EXPORT(PickWriter);
 HWY_EXPORT(PickReader);
 
-/// Whether the image's pixels stand in memory as four channels of type `T`, with nothing between them.
-template <typename T>
-bool IsPlain(const Image& image, ImageDataKind kind) {
-    return image.HasHostAccessors() && image.HasMainData() && image.DataFormat->Kind == kind &&
-           image.PixelStride == int32_t{4 * sizeof(T)};
+constexpr int32_t ChannelBytes(ImageDataKind kind) {
+    switch (kind) {
+    case ImageData_RGBA8: return 1;
+    case ImageData_RGBA16: return 2;
+    case ImageData_RGBAHalf: return 2;
+    case ImageData_RGBAFloat: return 4;
+    }
+    return 0;
 }
 
-bool IsPlain8(const Image& image) { return IsPlain<uint8_t>(image, ImageData_RGBA8); }
-bool IsPlain16(const Image& image) { return IsPlain<uint16_t>(image, ImageData_RGBA16); }
+ImageDataKind KindOf(const Image& image) { return static_cast<ImageDataKind>(image.DataFormat->Kind); }
+
+/// Whether the image's pixels stand in memory as the host lays its kinds out, with nothing between them.
+bool IsPlain(const Image& image) {
+    return image.HasHostAccessors() && image.HasMainData() &&
+           image.PixelStride == 4 * ChannelBytes(KindOf(image));
+}
 
 } // namespace
 } // namespace row_vector
 
 Image::RowFunction VectorRowWriter(RowPacking packing, const Image& image) {
     using namespace row_vector;
-    const bool sixteenBits = IsPlain16(image);
-    if (!sixteenBits && !IsPlain8(image)) return nullptr;
-    return HWY_DYNAMIC_DISPATCH(PickWriter)(packing, sixteenBits);
+    return IsPlain(image) ? HWY_DYNAMIC_DISPATCH(PickWriter)(packing, KindOf(image)) : nullptr;
 }
 
 Image::RowFunction VectorRowReader(RowPacking packing, const Image& image) {
     using namespace row_vector;
-    const bool sixteenBits = IsPlain16(image);
-    if (!sixteenBits && !IsPlain8(image)) return nullptr;
-    return HWY_DYNAMIC_DISPATCH(PickReader)(packing, sixteenBits);
+    return IsPlain(image) ? HWY_DYNAMIC_DISPATCH(PickReader)(packing, KindOf(image)) : nullptr;
 }
 #endif

@@ -4,8 +4,9 @@
 #include "pixel/RowPacking.h"
 
 /// Faster forms of the row converters of RowConverters.h, with the same arguments and the same bytes, for
-/// images of 8 or 16 bits that stand in memory as the host lays them out. The instruction set is chosen here,
-/// at run time, once for a conversion.
+/// images that stand in memory as the host lays its four kinds out. The instruction set is chosen here, at
+/// run time, once for a conversion. There is no form for a machine without vectors, nor for half-precision
+/// images on one that does not convert them itself.
 ///
 /// They read and write no byte behind the last pixel of a row, in blob or image, and need no alignment. The
 /// last block of a row overlaps the one before it, so blob and image must not share memory.

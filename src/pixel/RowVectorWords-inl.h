@@ -26,6 +26,14 @@ using D8 = hn::Rebind<uint8_t, D16>;
 using V16 = hn::Vec<D16>;
 using V8 = hn::Vec<D8>;
 
+// Arithmetic in 32 bits takes half of the words at a time.
+using DHalf16 = hn::Half<D16>;
+using VHalf16 = hn::Vec<DHalf16>;
+using DInt = hn::Repartition<int32_t, D16>;
+using VInt = hn::Vec<DInt>;
+using DFloat = hn::Repartition<float, D16>;
+using VFloat = hn::Vec<DFloat>;
+
 // ---------------------------------------------------------------------------------------------------------
 // Words and bytes
 
@@ -48,28 +56,14 @@ HWY_INLINE V8 RoundToBytes(V16 v) {
 
 HWY_INLINE V16 SwapBytes(V16 v) { return hn::Or(hn::ShiftLeft<8>(v), hn::ShiftRight<8>(v)); }
 
-HWY_INLINE V16 LoadWords(const uint16_t* in) { return hn::LoadU(D16(), in); }
-HWY_INLINE V16 LoadWords(const uint8_t* in) { return Widen(hn::LoadU(D8(), in)); }
-
-HWY_INLINE void StoreToImage(V16 v, uint16_t* pixels) { hn::StoreU(v, D16(), pixels); }
-HWY_INLINE void StoreToImage(V16 v, uint8_t* pixels) { hn::StoreU(RoundToBytes(v), D8(), pixels); }
-
-HWY_INLINE void StoreToBlob(V16 v, uint16_t* out) { hn::StoreU(v, D16(), out); }
-HWY_INLINE void StoreToBlob(V16 v, uint8_t* out) { hn::StoreU(HighBytes(v), D8(), out); }
-
 // ---------------------------------------------------------------------------------------------------------
 // Video range of 16-bit words
 
-using DHalf16 = hn::Half<D16>;
-using VHalf16 = hn::Vec<DHalf16>;
-using DInt = hn::Repartition<int32_t, D16>;
-using DFloat = hn::Repartition<float, D16>;
-
 /// The clamp of the scalar form is not here: no 16-bit channel leaves the range.
 HWY_INLINE VHalf16 ToVideoRangeHalf(VHalf16 v) {
-    const auto channel = hn::ConvertTo(DFloat(), hn::PromoteTo(DInt(), v));
-    const auto scaled = hn::Add(hn::Mul(channel, hn::Set(DFloat(), video_range16::fromFull)),
-                                hn::Set(DFloat(), static_cast<float>(video_range16::black)));
+    const VFloat channel = hn::ConvertTo(DFloat(), hn::PromoteTo(DInt(), v));
+    const VFloat scaled = hn::Add(hn::Mul(channel, hn::Set(DFloat(), video_range16::fromFull)),
+                                  hn::Set(DFloat(), static_cast<float>(video_range16::black)));
     return hn::DemoteTo(DHalf16(), hn::ConvertTo(DInt(), scaled));
 }
 
@@ -79,8 +73,8 @@ HWY_INLINE V16 ToVideoRange(V16 v) {
 }
 
 HWY_INLINE VHalf16 FromVideoRangeHalf(VHalf16 v) {
-    const auto word = hn::ConvertTo(DFloat(), hn::PromoteTo(DInt(), v));
-    const auto scaled = hn::Mul(word, hn::Set(DFloat(), video_range16::toFull));
+    const VFloat word = hn::ConvertTo(DFloat(), hn::PromoteTo(DInt(), v));
+    const VFloat scaled = hn::Mul(word, hn::Set(DFloat(), video_range16::toFull));
     return hn::DemoteTo(DHalf16(), hn::ConvertTo(DInt(), scaled));
 }
 

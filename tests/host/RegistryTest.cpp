@@ -135,6 +135,7 @@ TEST_F(RegistryList, ExtensionsAreComparedWithoutCaseAndWhole) {
     EXPECT_FALSE(made.registry.HasExtension(".t"));
     EXPECT_FALSE(made.registry.HasExtension("t1"));
     EXPECT_TRUE(Registry::FormatsForExtension(".unclaimed").empty());
+    EXPECT_TRUE(Registry::FormatsForExtension(nullptr).empty());
 }
 
 TEST_F(RegistryList, TheCreatorMakesAWorkingFormatObject) {

@@ -124,6 +124,10 @@ TEST(PixelFormatTable, WritesRowsThatJustHoldThePixelsAndRefusesShorterOnes) {
     }
 }
 
+TEST(PixelFormatTable, Nv12RowsHoldWholePairsOfChroma) {
+    EXPECT_EQ(FindPixelFormat(FourCC("nv12"))->least.Bytes(51), 52u);
+}
+
 TEST(PixelFormatTable, HoldsNoOtherCodes) {
     constexpr size_t unknown = 2;
     EXPECT_EQ(pixel_formats::all.size(), std::size(lines) - unknown);

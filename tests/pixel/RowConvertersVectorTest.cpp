@@ -10,14 +10,18 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <functional>
+#include <limits>
 #include <set>
 #include <span>
 
 namespace {
 
 constexpr int32_t widest = 130;
-constexpr ImageDataKind kinds[] = {ImageData_RGBA8, ImageData_RGBA16};
+constexpr ImageDataKind kinds[] = {ImageData_RGBA8, ImageData_RGBA16, ImageData_RGBAHalf,
+                                   ImageData_RGBAFloat};
 
 /// Instruction sets of this machine that have vectors.
 std::vector<int64_t> VectorTargets() {
@@ -39,20 +43,28 @@ public:
     }
 };
 
-void ForEachTarget(const std::function<void()>& test) {
+/// Whether an instruction set has vector forms for images of a kind: all but half, which the two oldest do
+/// not convert.
+bool HasForm(int64_t target, ImageDataKind kind) {
+    return kind != ImageData_RGBAHalf || (target != HWY_SSSE3 && target != HWY_SSE4);
+}
+
+void ForEachTarget(const std::function<void(int64_t)>& test) {
     const std::vector<int64_t> targets = VectorTargets();
     ASSERT_FALSE(targets.empty()) << "no vector instruction set was dispatched";
     for (const int64_t target : targets) {
         SCOPED_TRACE(hwy::TargetName(target));
         const ForcedTarget forced(target);
-        test();
+        test(target);
         if (testing::Test::HasFatalFailure()) return;
     }
 }
 
-void ForEachPacking(const std::function<void(RowPacking, ImageDataKind)>& test) {
+/// Each packing with each kind of image that the instruction set has vector forms for.
+void ForEachPacking(int64_t target, const std::function<void(RowPacking, ImageDataKind)>& test) {
     for (size_t i = 0; i < rowPackingCount; ++i) {
         for (const ImageDataKind kind : kinds) {
+            if (!HasForm(target, kind)) continue;
             SCOPED_TRACE("packing " + std::to_string(i) + ", kind " + std::to_string(kind));
             test(static_cast<RowPacking>(i), kind);
             if (testing::Test::HasFatalFailure()) return;
@@ -159,8 +171,8 @@ void CompareAtEveryWidth(RowPacking packing, ImageDataKind kind, Compare compare
 
 TEST(RowConvertersVector, WritesTheBytesOfTheScalarFormAndNoOthers) {
     std::mt19937 random = MakeRandom();
-    ForEachTarget([&] {
-        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([&](int64_t target) {
+        ForEachPacking(target, [&](RowPacking packing, ImageDataKind kind) {
             if (IsWritable(packing)) CompareAtEveryWidth(packing, kind, CompareWriters, random);
         });
     });
@@ -168,8 +180,8 @@ TEST(RowConvertersVector, WritesTheBytesOfTheScalarFormAndNoOthers) {
 
 TEST(RowConvertersVector, ReadsThePixelsOfTheScalarFormAndNoOthers) {
     std::mt19937 random = MakeRandom();
-    ForEachTarget([&] {
-        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([&](int64_t target) {
+        ForEachPacking(target, [&](RowPacking packing, ImageDataKind kind) {
             CompareAtEveryWidth(packing, kind, CompareReaders, random);
         });
     });
@@ -186,17 +198,78 @@ Fill AllWords() {
 }
 
 TEST(RowConvertersVector, WritesEachOf65536ChannelValuesAsTheScalarFormDoes) {
-    ForEachTarget([] {
-        ForEachPacking([](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([](int64_t target) {
+        ForEachPacking(target, [](RowPacking packing, ImageDataKind kind) {
             if (IsWritable(packing))
                 CompareWriters(packing, kind, 65536, GuardedBytes::Guard::Behind, AllWords());
         });
     });
 }
 
+/// Floats on both sides of each place where the rounded channel, of `steps` to white, changes.
+std::vector<float> FloatsAroundSteps(int steps) {
+    std::vector<float> floats;
+    for (int step = -2; step <= steps + 1; ++step) {
+        const float edge = static_cast<float>((step + 0.5) / steps);
+        for (const float value : {std::nextafter(edge, -1.0f), edge, std::nextafter(edge, 2.0f)})
+            floats.push_back(value);
+    }
+    return floats;
+}
+
+std::vector<float> UnusualFloats() {
+    using Limits = std::numeric_limits<float>;
+    return {0.0f,
+            -0.0f,
+            0.5f,
+            1.0f,
+            -1.0f,
+            2.0f,
+            Limits::infinity(),
+            -Limits::infinity(),
+            Limits::quiet_NaN(),
+            Limits::denorm_min(),
+            -Limits::denorm_min(),
+            Limits::max(),
+            Limits::lowest(),
+            Limits::min(),
+            std::nextafter(1.0f, 0.0f),
+            std::nextafter(1.0f, 2.0f),
+            std::nextafter(0.5f, 0.0f)};
+}
+
+/// Fills an image of floats with the given ones, over and over.
+Fill Repeat(const std::vector<float>& floats) {
+    return [floats](std::span<uint8_t> bytes) {
+        for (size_t i = 0; i < bytes.size() / 4; ++i)
+            std::memcpy(&bytes[4 * i], &floats[i % floats.size()], 4);
+    };
+}
+
+TEST(RowConvertersVector, RoundsFloatsAsTheScalarFormDoesOnBothSidesOfEachStep) {
+    ForEachTarget([](int64_t) {
+        const auto compare = [](RowPacking packing, const std::vector<float>& floats) {
+            const auto width = static_cast<int32_t>(floats.size() + 40);
+            CompareWriters(packing, ImageData_RGBAFloat, width, GuardedBytes::Guard::Behind, Repeat(floats));
+        };
+        compare(RowPacking::B64a, FloatsAroundSteps(65535));
+        compare(RowPacking::L48r, FloatsAroundSteps(65535));
+        compare(RowPacking::R210, FloatsAroundSteps(876));
+    });
+}
+
+TEST(RowConvertersVector, TakesUnusualFloatsAsTheScalarFormDoes) {
+    ForEachTarget([](int64_t target) {
+        ForEachPacking(target, [](RowPacking packing, ImageDataKind kind) {
+            if (!IsWritable(packing) || kind != ImageData_RGBAFloat) return;
+            CompareWriters(packing, kind, 64, GuardedBytes::Guard::Behind, Repeat(UnusualFloats()));
+        });
+    });
+}
+
 TEST(RowConvertersVector, ReadsEachOf65536WordValuesAsTheScalarFormDoes) {
-    ForEachTarget([] {
-        ForEachPacking([](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([](int64_t target) {
+        ForEachPacking(target, [](RowPacking packing, ImageDataKind kind) {
             CompareReaders(packing, kind, 65536, GuardedBytes::Guard::Behind, AllWords());
         });
     });
@@ -211,16 +284,17 @@ TEST(RowConvertersVector, ReadsEachOf1024TenBitValuesAsTheScalarFormDoes) {
                 bytes[i + j] = static_cast<uint8_t>(word >> (24 - 8 * j));
         }
     };
-    ForEachTarget([&] {
+    ForEachTarget([&](int64_t target) {
         for (const ImageDataKind kind : kinds)
-            CompareReaders(RowPacking::R210, kind, 1024, GuardedBytes::Guard::Behind, allTenBits);
+            if (HasForm(target, kind))
+                CompareReaders(RowPacking::R210, kind, 1024, GuardedBytes::Guard::Behind, allTenBits);
     });
 }
 
 TEST(RowConvertersVector, WorksOnRowsOfAnyAlignment) {
     std::mt19937 random = MakeRandom();
-    ForEachTarget([&] {
-        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([&](int64_t target) {
+        ForEachPacking(target, [&](RowPacking packing, ImageDataKind kind) {
             constexpr int32_t width = 77;
             std::vector<uint8_t> blob(BlobBytes(packing, width) + 1);
             std::vector<uint8_t> pixels(BytesPerPixelOf(kind) * width + 1);
@@ -240,7 +314,7 @@ TEST(RowConvertersVector, EachInstructionSetHasConvertersOfItsOwn) {
     const ImagePtr image = MakeImage(1, 1);
     std::set<Image::RowFunction> readers;
     std::set<Image::RowFunction> writers;
-    ForEachTarget([&] {
+    ForEachTarget([&](int64_t) {
         readers.insert(VectorRowReader(RowPacking::B64a, *image));
         writers.insert(VectorRowWriter(RowPacking::B64a, *image));
     });
@@ -275,9 +349,12 @@ TEST(RowConvertersVector, LeavesImagesWithGapsBetweenPixelsAlone) {
     ExpectNoVectorForm(*image);
 }
 
-TEST(RowConvertersVector, LeavesFloatingPointImagesAlone) {
-    ExpectNoVectorForm(*MakeImage(8, 1, ImageData_RGBAHalf));
-    ExpectNoVectorForm(*MakeImage(8, 1, ImageData_RGBAFloat));
+TEST(RowConvertersVector, LeavesHalfPrecisionImagesToTheScalarFormWhereTheMachineCannotConvertThem) {
+    const ImagePtr image = MakeImage(8, 1, ImageData_RGBAHalf);
+    ForEachTarget([&](int64_t target) {
+        EXPECT_EQ(VectorRowReader(RowPacking::B64a, *image) != nullptr, HasForm(target, ImageData_RGBAHalf));
+        EXPECT_EQ(VectorRowWriter(RowPacking::B64a, *image) != nullptr, HasForm(target, ImageData_RGBAHalf));
+    });
 }
 
 TEST(RowConvertersVector, HasNoWriterForRp16) {

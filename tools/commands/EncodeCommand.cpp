@@ -20,9 +20,10 @@ constexpr int kTopFieldFirst = 2;
 constexpr int kBottomFieldFirst = 3;
 // Colour values in FFmpeg's numbering.
 constexpr int kNotTold = 2;
+constexpr int kRangeNotTold = 0;
 constexpr int kVideoRange = 1;
 constexpr int kMatrixRgb = 0;
-constexpr int kMatrixBt709 = 1;
+constexpr int kBt709 = 1; ///< of primaries, transfer and matrix
 
 /// An encoded frame whose buffer goes with it.
 struct EncodedFrame : CxEncodedFrame {
@@ -60,18 +61,31 @@ int ToldValue(const TrackValue& value, int unknown) {
     return value.source == ValueSource::Assumed ? unknown : value.value;
 }
 
-/// Pixels are converted with the BT.709 matrix in video range in both directions, so tags of a YUV movie stay
-/// true for a YUV movie that is made of it.
+/// Tags of a YUV movie that is made of RGB pixels: what the pixel conversion does, and primaries and transfer
+/// of the same standard where nobody tells others.
+void TagAsBt709(MovieTrackSettings& settings) {
+    settings.colorMatrix = kBt709;
+    settings.colorRange = kVideoRange;
+    if (settings.colorPrimaries == kNotTold) settings.colorPrimaries = kBt709;
+    if (settings.colorTransfer == kNotTold) settings.colorTransfer = kBt709;
+}
+
+/// Pixels are converted with the BT.709 matrix in video range in both directions, so the tags of a YUV movie
+/// stay true for a YUV movie that is made of it.
 void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
     if (track.movie) {
         settings.colorPrimaries = ToldValue(track.movie->colorPrimaries, kNotTold);
         settings.colorTransfer = ToldValue(track.movie->colorTransfer, kNotTold);
+        settings.colorMatrix = ToldValue(track.movie->colorMatrix, kNotTold);
+        settings.colorRange = ToldValue(track.movie->colorRange, kVideoRange);
     }
-    if (PackingIsRgb(settings.fourCC)) return;
-    settings.colorMatrix = track.movie ? ToldValue(track.movie->colorMatrix, kNotTold) : kNotTold;
-    const bool ofYuvMovie = settings.colorMatrix != kMatrixRgb && settings.colorMatrix != kNotTold;
-    if (!ofYuvMovie) settings.colorMatrix = kMatrixBt709;
-    settings.colorRange = ofYuvMovie ? ToldValue(track.movie->colorRange, kVideoRange) : kVideoRange;
+    const bool ofYuv = settings.colorMatrix != kMatrixRgb && settings.colorMatrix != kNotTold;
+    if (PackingIsRgb(settings.fourCC)) {
+        settings.colorMatrix = kNotTold;
+        settings.colorRange = kRangeNotTold;
+    } else if (!ofYuv) {
+        TagAsBt709(settings);
+    }
 }
 
 MovieTrackSettings DescribeMovie(const EncodeOptions& options, const FrameTrack& track,

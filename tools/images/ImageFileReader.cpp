@@ -2,6 +2,7 @@
 
 #include "images/ImageFormats.h"
 #include "images/ImageTypes.h"
+#include "images/QuietStandardError.h"
 #include "media/ToolError.h"
 
 #include <OpenImageIO/imageio.h>
@@ -125,6 +126,7 @@ ImageFileReader::ImageFileReader(const std::string& path) : path_(path), file_(n
     std::error_code error;
     if (!std::filesystem::exists(path, error)) throw ToolError(ExitStatus::CannotOpen, path, "no such file");
     if (format == nullptr) throw ToolError(ExitStatus::Unsupported, path, "not a kind of image that is read");
+    const QuietStandardError quiet;
     file_->input = OIIO::ImageInput::create(std::string(format->name));
     OIIO::ImageSpec config;
     config["oiio:UnassociatedAlpha"] = 1;
@@ -150,6 +152,7 @@ HostImage ImageFileReader::Read() {
     HostImage image = NewHostImage(info_.width, info_.height, info_.kind);
     if (!image) throw ToolError(ExitStatus::JobFailed, path_, "not enough memory for the picture");
     pixels.bytes.resize(static_cast<size_t>(spec.width) * spec.height * spec.nchannels * type.size());
+    const QuietStandardError quiet;
     if (!file_->input->read_image(0, 0, 0, spec.nchannels, type, pixels.bytes.data()))
         throw ToolError(ExitStatus::Damaged, path_, file_->input->geterror());
     const ChannelMap map = MapChannels(spec);

@@ -15,7 +15,9 @@ OIIO::ImageSpec SpecOf(const Image& image, const ImageStorage& storage, bool wit
                        const ImageMetadata& metadata) {
     OIIO::ImageSpec spec(image.Width, image.Height, withAlpha ? 4 : 3, ChannelType(storage.kind));
     spec.attribute("oiio:UnassociatedAlpha", 1);
-    spec.attribute("oiio:BitsPerSample", storage.bitsPerChannel);
+    // OpenImageIO misplaces words of ten bits in four channels at some widths; such pictures take 16 bits.
+    const bool misplaced = withAlpha && storage.bitsPerChannel == 10;
+    spec.attribute("oiio:BitsPerSample", misplaced ? 16 : storage.bitsPerChannel);
     if (metadata.timeCode) {
         const uint32_t words[2] = {*metadata.timeCode, 0};
         spec.attribute("smpte:TimeCode", OIIO::TypeTimeCode, words);

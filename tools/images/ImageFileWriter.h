@@ -10,7 +10,7 @@
 struct ImageMetadata {
     std::optional<uint32_t> timeCode; ///< hh mm ss ff in binary coded decimal, bit 6 of the frames' byte set
                                       ///< for drop-frame counting (SMPTE ST 12-1)
-    int32_t frameRateNumerator = 0; ///< frames per second as a fraction; 0: not known
+    int32_t frameRateNumerator = 0;   ///< frames per second as a fraction; 0: not known
     int32_t frameRateDenominator = 1;
 };
 

@@ -1,7 +1,7 @@
 #include "images/ImageSequence.h"
 
-#include "Workspace.h"
 #include "media/ToolError.h"
+#include "tools/Workspace.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "images/ImageWriteQueue.h"
 
 #include "TestImages.h"
-#include "Workspace.h"
 #include "images/ImageFileReader.h"
 #include "media/ToolError.h"
+#include "tools/Workspace.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr ImageStorage kStorage{ImageData_RGBA8, 8};
 
-std::string Name(int number) { return "n" + std::to_string(number) + ".png"; }
+std::string Name(int number) { return std::to_string(number).append(".png"); }
 
 } // namespace
 

@@ -1,6 +1,6 @@
 #include "images/SequencePattern.h"
 
-#include "Workspace.h"
+#include "tools/Workspace.h"
 
 #include <gtest/gtest.h>
 

@@ -20,7 +20,7 @@ struct RawKind {
     uint32_t fourCC;
     int width;
     size_t rowBytes;     ///< that the codecs expect
-    const char* pixels;  ///< ffmpeg arguments for the same bytes
+    const char* pixels;  ///< ffmpeg arguments for the same bytes without a container
     size_t peerRowBytes; ///< bytes of a row as ffmpeg gives them
 };
 
@@ -52,7 +52,7 @@ const RawKind rawKinds[] = {
     {"R210InMov", "a.mov", "-c:v r210", FourCC("r210"), 63, 256, "-c:v r210", 256},
     {"R210InMkv", "a.mkv", "-c:v r210", FourCC("r210"), 63, 256, "-c:v r210", 256},
     {"B64aInMov", "a.mov", "-c:v rawvideo -pix_fmt rgba64be -tag:v b64a -strict -1", FourCC("b64a"), 63, 504,
-     "-c:v copy", 504},
+     "-c:v rawvideo -pix_fmt rgba64be -tag:v b64a", 504},
     {"V408InMov", "a.mov", "-c:v v408", FourCC("v408"), 63, 252, "-c:v v408", 252},
 };
 
@@ -86,7 +86,11 @@ TEST_P(RawTracks, ComeUnderTheirCodeWithTheRowsThatCodecsExpect) {
     const auto source = MovieTrackSource::Open(path);
     EXPECT_EQ(source->GetFourCC(), kind.fourCC);
     EXPECT_EQ(source->GetWidth(), kind.width);
-    ExpectFrames(*source, FfmpegBytes(path, kind.pixels), kind.rowBytes, kind.peerRowBytes);
+    // Not from the file: ffmpeg itself takes the rows of QuickTime's RGB at odd widths for shorter than they
+    // are.
+    RunFfmpeg(TestPicture(kind.width, height, "25", frameCount) + " " + kind.pixels + " -f rawvideo '" +
+              (folder / "peer") + "'");
+    ExpectFrames(*source, ReadBytes(folder / "peer"), kind.rowBytes, kind.peerRowBytes);
 }
 
 TEST(RawLayout, RowsThatStandBottomFirstAreTurned) {
@@ -164,7 +168,8 @@ TEST(RowPacker, APictureThatIsTooShortIsRefused) {
 
 TEST(RowPacker, RowsOfV210WithoutTheirPaddingArePadded) {
     std::vector<uint8_t> picture(2 * 16, 7); // 6 pixels in 16 bytes
-    const uint8_t* packed = RowPacker(FourCC("v210"), 6, 2, false).Pack(picture.data(), 32);
+    RowPacker packer(FourCC("v210"), 6, 2, false);
+    const uint8_t* packed = packer.Pack(picture.data(), 32);
     ASSERT_NE(packed, nullptr);
     EXPECT_EQ(packed[15], 7);
     EXPECT_EQ(packed[16], 0);
@@ -173,7 +178,8 @@ TEST(RowPacker, RowsOfV210WithoutTheirPaddingArePadded) {
 
 TEST(RowPacker, LongerRowsAreCutAndTurned) {
     std::vector<uint8_t> picture{1, 2, 3, 0, 4, 5, 6, 0};
-    const uint8_t* packed = RowPacker(24, 1, 2, true).Pack(picture.data(), 8);
+    RowPacker packer(24, 1, 2, true);
+    const uint8_t* packed = packer.Pack(picture.data(), 8);
     ASSERT_NE(packed, nullptr);
     EXPECT_EQ(std::vector<uint8_t>(packed, packed + 6), (std::vector<uint8_t>{4, 5, 6, 1, 2, 3}));
 }

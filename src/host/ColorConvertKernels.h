@@ -1,0 +1,80 @@
+#pragma once
+
+#include "host/ColorLayout.h"
+#include "host/ColorMatrix.h"
+#include "host/Export.h"
+#include "host/Image.h"
+
+#include <array>
+#include <cstdint>
+
+/// Working samples of one row, in single precision and in the codes of the layout. All lines belong to the
+/// scratch memory of the caller, have room for the row, and do not overlap.
+struct ColorLines {
+    float* luma;
+    float* cb;    ///< one to a pixel
+    float* cr;    ///< one to a pixel
+    float* alpha; ///< the code of opaque where the layout has no alpha
+    float*
+        chroma; ///< Cb and Cr in turn, one pair to two pixels; layouts with fewer chroma samples than pixels
+    uint16_t* words; ///< ten-bit samples in order, of the layout that needs them
+};
+
+/// One row of a buffer in memory: its planes from the first on, and how much of it there is.
+struct ColorRow {
+    std::array<uint8_t*, 3> plane;
+    /// Luma samples. For strings of C Y the elements of the string, which is one more than pixels where the
+    /// last pair is whole and its second pixel is not in the picture.
+    int64_t count;
+};
+
+/// Float channels and samples are taken as 0 if they are not numbers and limited to this, the range of a
+/// half.
+inline constexpr float colorFloatLimit = 65504.0f;
+
+/// The stages of a conversion, each over one row. All stages of all instruction sets give the same bits. No
+/// byte outside the `count` elements is read or written in a buffer or an image, and nothing is aligned.
+struct ColorKernels {
+    /// Buffer to `luma`, `alpha` if the layout has it, and `cb` and `cr` or `chroma`.
+    using Unpack = void (*)(const ColorRow& row, const ColorLines& lines);
+    /// The same lines to a buffer; limits and rounds to nearest, except for floats.
+    using Pack = void (*)(const ColorLines& lines, const ColorRange& range, const ColorRow& row);
+    /// `chroma` to `cb` and `cr`, twice as many: a sample stands at the first pixel of each two, and the
+    /// second gets the mean of its neighbours. Reads the pair behind the last.
+    using Upsample = void (*)(const ColorLines& lines, int64_t pairs);
+    /// `cb` and `cr` to `chroma`, half as many: weights 1 2 1 about the first pixel of each two. Reads one
+    /// sample before the first pixel and one behind the last.
+    using Downsample = void (*)(const ColorLines& lines, int64_t pairs);
+    /// `line` = `line` * `weight` + `other` * (1 - `weight`).
+    using Blend = void (*)(float* line, const float* other, float weight, int64_t count);
+    /// Lines to the interleaved channels of an image. Integer channels are limited and rounded to nearest.
+    using ToImage = void (*)(const ColorLines& lines, const ColorToRgb& matrix, uint8_t* pixels,
+                             int64_t count);
+    /// The interleaved channels of an image to lines, not limited and not rounded.
+    using FromImage = void (*)(const uint8_t* pixels, const ColorFromRgb& matrix, const ColorLines& lines,
+                               int64_t count);
+
+    int64_t target; ///< the instruction set, as Highway's bit; 0 for the scalar form
+    struct Packing {
+        Unpack unpack;
+        Pack pack;
+    };
+    std::array<Packing, colorPackingCount> packings; ///< by `ColorPacking`
+    Upsample upsample;
+    Downsample downsample;
+    Blend blend;
+    /// Choose for a kind of image. `precise` computes in double precision, which floats need: their values
+    /// have no bound that would keep an error in proportion to white.
+    ToImage (*toImage)(ImageDataKind kind, bool precise);
+    FromImage (*fromImage)(ImageDataKind kind, bool precise);
+};
+
+/// The form that is written to be read; all others give its bits.
+CORVEX_HOST_API const ColorKernels& ScalarColorKernels();
+/// The form for the machine's best instruction set, or the scalar one if it has no vectors. Chosen at each
+/// call, so that `hwy::SetSupportedTargetsForTest` has effect.
+CORVEX_HOST_API const ColorKernels& VectorColorKernels();
+
+/// `CxYUV2RGBTagList` and `CxRGB2YUVTagList` with kernels of the caller's choice.
+CORVEX_HOST_API bool ConvertColorToImage(Image* image, const TagList& tags, const ColorKernels& kernels);
+CORVEX_HOST_API void* ConvertColorFromImage(Image* image, const TagList& tags, const ColorKernels& kernels);

@@ -1,0 +1,39 @@
+#include "Encoders.h"
+
+#include "media/ToolError.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string CauseFor(const char* name) {
+    try {
+        FindEncoder(name);
+    } catch (const ToolError& error) {
+        EXPECT_EQ(error.status(), ExitStatus::Unsupported);
+        return error.cause();
+    }
+    return "found";
+}
+
+} // namespace
+
+TEST(Encoders, AreFoundByTheirExactDisplayName) {
+    const CxEncoderInfo row = FindEncoder("Uncompressed YUV 422 10-bit");
+    EXPECT_EQ(row.fourCC, FourCC("v210"));
+    EXPECT_EQ(CodecTag(row), FourCC("v210"));
+}
+
+TEST(Encoders, AreListedFirstByTheNameThatIsCloseToAnUnknownOne) {
+    EXPECT_EQ(
+        CauseFor("uncompressed yuv 422 10 bit").find("no such encoder; close: 'Uncompressed YUV 422 10-bit'"),
+        0U);
+}
+
+TEST(Encoders, AreListedThatContainWhatWasAskedFor) {
+    const std::string cause = CauseFor("10-bit");
+    EXPECT_NE(cause.find("'Uncompressed YUV 422 10-bit'"), std::string::npos);
+    EXPECT_NE(cause.find("'Uncompressed RGB 10-bit'"), std::string::npos);
+}
+
+TEST(Encoders, AreNotFoundByAnEmptyName) { EXPECT_NE(CauseFor(""), "found"); }
