@@ -1,13 +1,14 @@
 #pragma once
 
 #include "host/ColorConvertKernels.h"
+#include "host/Export.h"
 #include "host/Platform.h"
 
 #include <cstdint>
 #include <memory>
 
 /// Working memory of one task: lines for rows of up to a given width.
-class ColorScratch {
+class CORVEX_HOST_API ColorScratch {
 public:
     /// For rows of `width` pixels of `layout`. Test `Ready()` before use.
     ColorScratch(const ColorLayoutInfo& layout, int64_t width);
