@@ -201,8 +201,8 @@ TEST(ColorConvert, PixelsBetweenTwoChromaSamplesTakeTheirMean) {
 }
 
 TEST(ColorConvert, RowsTakeThreeQuartersOfTheirOwnChromaRowAndOneOfTheNearerOther) {
-    YuvBuffer buffer(LayoutOf(ColorLayout_yuvj420p), 1, 4);
-    buffer.Bytes(0) = {100, 100, 100, 100};
+    YuvBuffer buffer(LayoutOf(ColorLayout_yuvj420p), 2, 4);
+    buffer.Bytes(0) = Bytes(8, 100);
     buffer.Bytes(1) = {128, 128};
     buffer.Bytes(2) = {128, 168};
     const ImagePtr image = Read(buffer);
@@ -214,10 +214,12 @@ TEST(ColorConvert, RowsTakeThreeQuartersOfTheirOwnChromaRowAndOneOfTheNearerOthe
 }
 
 TEST(ColorConvert, SharedChromaRowsAreWrittenAsTheMeanOfTheirTwoRows) {
-    YuvBuffer buffer(LayoutOf(ColorLayout_yuvj420p), 1, 3);
-    const ImagePtr image = MakeImage(1, 3);
-    SetPixelAt(*image, 0, 2, Pixel{0, 0, 65535, 65535});
-    SetPixelAt(*image, 0, 0, Pixel{0, 0, 65535, 65535});
+    YuvBuffer buffer(LayoutOf(ColorLayout_yuvj420p), 2, 3);
+    const ImagePtr image = MakeImage(2, 3);
+    for (const int row : {0, 2}) {
+        for (const int x : {0, 1})
+            SetPixelAt(*image, x, row, Pixel{0, 0, 65535, 65535});
+    }
     ASSERT_NE(CxRGB2YUVTagList(image.get(), buffer.Tags()), nullptr);
     EXPECT_EQ(buffer.Bytes(1), (Bytes{192, 255})); // a lone last row has its chroma alone
 }

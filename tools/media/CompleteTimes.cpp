@@ -51,6 +51,7 @@ std::vector<size_t> PictureOrder(const std::vector<SampleEntry>& samples) {
 
 void DealTimesInPictureOrder(std::vector<SampleEntry>& samples) {
     std::vector<int64_t> times;
+    times.reserve(samples.size());
     for (const SampleEntry& sample : samples)
         times.push_back(sample.decode);
     std::sort(times.begin(), times.end());

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <string_view>
 
 namespace {
 
@@ -77,10 +76,11 @@ uint32_t RegistryFourCC(const AVCodecParameters& parameters) {
 bool IsBottomUp(const AVCodecParameters& parameters) {
     // FFmpeg's AVI and Matroska readers tell it by this word, with its closing zero, at the end of the
     // record.
-    constexpr std::string_view word("BottomUp", 9);
+    constexpr char word[] = "BottomUp";
+    constexpr int length = sizeof word;
     const int size = parameters.extradata_size;
-    return parameters.codec_id == AV_CODEC_ID_RAWVIDEO && size >= 9 &&
-           std::memcmp(parameters.extradata + size - 9, word.data(), 9) == 0;
+    return parameters.codec_id == AV_CODEC_ID_RAWVIDEO && size >= length &&
+           std::memcmp(parameters.extradata + size - length, word, length) == 0;
 }
 
 RowPacker::RowPacker(uint32_t fourCC, int width, int pictureHeight, bool isBottomUp)

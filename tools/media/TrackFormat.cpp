@@ -54,12 +54,12 @@ std::string CodeText(uint32_t fourCC) {
     return av_fourcc_make_string(text, SwapTag(fourCC));
 }
 
-/// A code that is not uncompressed: QuickTime keeps it as it is, the others choose their own for its codec.
+/// A code that is not uncompressed. It stays as it is, but in AVI, which has codes of its own for the codecs.
 TrackFormat CompressedFormat(const char* muxer, uint32_t fourCC, bool alpha) {
-    const bool isMov = std::string(muxer) == "mov";
     const std::array<const AVCodecTag*, 2> tables{avformat_get_mov_video_tags(), nullptr};
-    TrackFormat format{muxer, av_codec_get_id(tables.data(), SwapTag(fourCC)), AV_PIX_FMT_NONE,
-                       isMov ? SwapTag(fourCC) : 0, alpha ? 32 : 24};
+    const uint32_t tag = SwapTag(fourCC);
+    TrackFormat format{muxer, av_codec_get_id(tables.data(), tag), AV_PIX_FMT_NONE,
+                       std::string(muxer) == "avi" ? 0 : tag, alpha ? 32 : 24};
     const AVOutputFormat* output = av_guess_format(muxer, nullptr, nullptr);
     const bool isHeld = format.codec != AV_CODEC_ID_NONE && output != nullptr &&
                         avformat_query_codec(output, format.codec, FF_COMPLIANCE_NORMAL) == 1;

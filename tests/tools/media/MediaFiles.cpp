@@ -71,7 +71,7 @@ std::vector<uint8_t> FfmpegBytes(const std::string& path, const std::string& arg
     const std::string output = path + ".bytes";
     RunFfmpeg("-i '" + path + "' -map 0:v:0 -vsync passthrough " + arguments + " -f rawvideo '" + output +
               "'");
-    const std::vector<uint8_t> bytes = ReadBytes(output);
+    std::vector<uint8_t> bytes = ReadBytes(output);
     fs::remove(output);
     return bytes;
 }

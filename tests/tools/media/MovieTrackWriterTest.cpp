@@ -245,25 +245,47 @@ TEST(MovieTrackWriter, EveryRateIsExact) {
     }
 }
 
-TEST(MovieTrackWriter, H264MovesWithItsConfigurationRecord) {
-    const TempFolder folder;
-    RunFfmpeg(TestPicture(128, 96, "24000/1001", 10) + " -c:v libx264 -bf 0 -g 5 -pix_fmt yuv420p '" +
-              (folder / "a.mov") + "'");
-    const auto source = MovieTrackSource::Open(folder / "a.mov");
-    MovieTrackSettings settings = Settings(folder / "b.mov", source->GetFourCC(), 128, 96);
+/// Writes the samples of a track into another file, with all that a codec needs.
+void CopyTrack(const std::string& from, const std::string& to) {
+    const auto source = MovieTrackSource::Open(from);
+    MovieTrackSettings settings = Settings(to, source->GetFourCC(), source->GetWidth(), source->GetHeight());
     settings.extraData = *source->GetCodecPrivateData();
+    settings.alpha = source->Info().bitsPerCodedSample == 32;
     MovieTrackWriter writer(settings);
-    for (int32_t i = 0; i < 10; ++i) {
+    for (int32_t i = 0; i < source->GetSampleCount(); ++i) {
         int32_t size = 0;
         const uint8_t* data = source->ReadSample(i, nullptr, size);
         writer.WriteFrame(data, size, source->GetKeySample(i) == i);
     }
     writer.Finish();
-    EXPECT_EQ(FfmpegBytes(folder / "b.mov", "-pix_fmt yuv420p"),
-              FfmpegBytes(folder / "a.mov", "-pix_fmt yuv420p"));
-    const auto copy = MovieTrackSource::Open(folder / "b.mov");
-    EXPECT_EQ(copy->GetKeySample(4), 0);
-    EXPECT_EQ(copy->GetKeySample(9), 5);
+}
+
+TEST(MovieTrackWriter, H264MovesWithItsConfigurationRecord) {
+    const TempFolder folder;
+    RunFfmpeg(TestPicture(128, 96, "24000/1001", 10) + " -c:v libx264 -bf 0 -g 5 -pix_fmt yuv420p '" +
+              (folder / "a.mov") + "'");
+    for (const char* name : {"b.mov", "b.mkv", "b.avi"}) {
+        CopyTrack(folder / "a.mov", folder / name);
+        EXPECT_EQ(FfmpegBytes(folder / name, "-pix_fmt yuv420p"),
+                  FfmpegBytes(folder / "a.mov", "-pix_fmt yuv420p"));
+        const auto copy = MovieTrackSource::Open(folder / name);
+        EXPECT_EQ(copy->GetKeySample(4), 0);
+        EXPECT_EQ(copy->GetKeySample(9), 5);
+    }
+}
+
+TEST(MovieTrackWriter, CompressedFramesKeepTheirCodeAndAlpha) {
+    const TempFolder folder;
+    RunFfmpeg(
+        TestPicture(64, 48, "24000/1001", 4) +
+        " -vf format=rgba,colorchannelmixer=aa=0.5 -c:v prores_ks -profile:v 4444 -pix_fmt yuva444p10le '" +
+        (folder / "a.mov") + "'");
+    for (const char* name : {"b.mov", "b.mkv"}) {
+        CopyTrack(folder / "a.mov", folder / name);
+        EXPECT_EQ(ProbeValue(folder / name, "stream=codec_tag_string"), "ap4h");
+        EXPECT_EQ(FfmpegBytes(folder / name, "-pix_fmt yuva444p10le"),
+                  FfmpegBytes(folder / "a.mov", "-pix_fmt yuva444p10le"));
+    }
 }
 
 TEST(MovieTrackWriter, NamesHaveAnyCharacter) {
