@@ -15,11 +15,11 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
-# An installed program finds its libraries beside it, wherever the tree was moved to.
-set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib")
-
 include(GNUInstallDirs)
 find_package(Threads REQUIRED)
+
+# An installed program finds its libraries beside it, wherever the tree was moved to.
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 add_compile_options(-Wall -Wextra -Werror)
 # A product and a sum are rounded separately on every target, so that results do not depend on the machine.

@@ -10,10 +10,19 @@ if(TARGET corvexvf)
     install(TARGETS corvexvf RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
-foreach(folder host framework pixel codecs)
-    install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/${folder}
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/corvexvideoformats
-        FILES_MATCHING PATTERN "*.h")
+# The public headers; what else stands in the folders is the libraries' own.
+set(public_headers
+    host/ColorConvert.h host/CorvexDoc.h host/CxID.h host/CxString.h host/Edition.h host/Export.h host/Image.h
+    host/ImageFormat.h host/MediaFormat.h host/Object.h host/Platform.h host/Registry.h host/ScriptInfo.h
+    host/ScriptVal.h host/TagList.h
+    framework/CxAbstractAVCodec.h framework/CxAlignedBuffer.h framework/CxAVCodecRegistry.h framework/CxAVTypes.h
+    framework/Export.h
+    pixel/PixelConvert.h
+    codecs/UncompressedCodecs.h)
+foreach(header IN LISTS public_headers)
+    cmake_path(GET header PARENT_PATH folder)
+    install(FILES ${PROJECT_SOURCE_DIR}/src/${header}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/corvexvideoformats/${folder})
 endforeach()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/corvexvideoformats)

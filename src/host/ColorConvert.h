@@ -8,7 +8,7 @@
 enum ColorConvertTag : Tag {
     ColorTag_Width = 0x10010000,    ///< pixels across; `CxRGB2YUVTagList` only
     ColorTag_Height = 0x10010001,   ///< rows; `CxRGB2YUVTagList` only
-    ColorTag_Matrix = 0x10010002,   ///< 1 BT.709; 0 and 2 BT.601
+    ColorTag_Matrix = 0x10010002,   ///< 1 BT.709; 0 and 2 BT.601; anything else is taken as 1, the default
     ColorTag_Layout = 0x10010003,   ///< a `ColorLayout`
     ColorTag_RowBytes = 0x10010004, ///< bytes from one row of the buffer, or of its first plane, to the next
     ColorTag_Flag = 0x10010007,     ///< carried for the host; no effect in the stand-alone host
@@ -39,17 +39,29 @@ enum ColorLayout : int32_t {
     ColorLayout_y416 = 7424,
 };
 
-/// Fills `image` from a YUV buffer, top row of the buffer first, over the image's `Width` and `Height`, on
-/// the host's threads. Rows of the buffer are `ColorTag_RowBytes` apart; chroma planes of planar layouts have
-/// half of that. Without `ColorTag_Plane2` the chroma of `nv12` follows the luma rows.
+/// Fills `image` from a YUV buffer, over the image's `Width` and `Height`, on the host's threads. The
+/// buffer's first row is the top of the picture. Rows are `ColorTag_RowBytes` apart; those of chroma planes
+/// half of that, or the same for the one chroma plane of `nv12`, which follows the luma rows if there is no
+/// `ColorTag_Plane2`. Half and float images keep what lies beyond black and white; integer images are limited
+/// and rounded to nearest. An image whose accessors are not the host's is written through its
+/// `SetPixelFloat`.
 ///
-/// @return false, with the image unchanged, if the image is null, the layout is unknown, the buffer or a
-/// plane
-///         that the layout needs is null, or the row size is too small for the width
+/// Nothing but the samples of each row is read: no byte behind them, nor behind the last row.
+///
+/// @return false, with the image unchanged, if the image is null or has no pixels or no pixel data, if the
+///         layout is unknown or its tag missing, if the buffer or a plane that the layout needs is null, or
+///         if the row size is too small for the width; false also if memory is short, where rows may be
+///         missing then
+/// @note   any thread; conversions of different images, or from one buffer to several, may run at once
 CORVEX_HOST_API bool CxYUV2RGBTagList(Image* image, const TagList& tags);
 
-/// Fills a YUV buffer from `image`, over the smaller of the image's size and the size in the tags, on the
-/// host's threads.
+/// Fills a YUV buffer from `image`, over the smaller of the image's size and the size in the tags (the
+/// image's own without them), in the top left corner of both, on the host's threads. Codes are limited to
+/// those that the layout may hold and rounded to nearest. Channels that are not numbers count as 0.
 ///
-/// @return the buffer, or null, with nothing written, for the failures of `CxYUV2RGBTagList`
+/// Nothing but the samples of each row is written: bytes behind them keep what they hold.
+///
+/// @return the buffer, which stays the caller's, or null for the failures of `CxYUV2RGBTagList`, with nothing
+///         written unless memory was short
+/// @note   as `CxYUV2RGBTagList`
 CORVEX_HOST_API void* CxRGB2YUVTagList(Image* image, const TagList& tags);

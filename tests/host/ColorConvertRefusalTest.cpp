@@ -173,7 +173,7 @@ TEST(ColorConvertRefusal, AnImageWithoutAccessorsIsRefused) {
 TEST(ColorConvertForeign, AnImageWithItsOwnAccessorsIsWrittenThroughThem) {
     const ImagePtr image = ForeignPixels::MakeForeignImage();
     YuvBuffer buffer(LayoutOf(ColorLayout_v408), ForeignPixels::width, 1);
-    buffer.Bytes() = {128, 16, 128, 255, 128, 235, 128, 0, 128, 16, 128, 255, 128, 235, 128, 255};
+    buffer.SetBytes({128, 16, 128, 255, 128, 235, 128, 0, 128, 16, 128, 255, 128, 235, 128, 255});
     ASSERT_TRUE(CxYUV2RGBTagList(image.get(), buffer.Tags()));
     EXPECT_EQ(ForeignPixels::calls, ForeignPixels::width);
     EXPECT_EQ(ForeignPixels::pixels[1].R, 1.0f);
@@ -207,7 +207,7 @@ TEST(ColorConvertForeign, AnImageOfTheHostWithAnotherStrideKeepsWhatStandsBetwee
     image->PixelStride = 16;
     image->Width = 2;
     YuvBuffer buffer(LayoutOf(ColorLayout_v408), 2, 1);
-    buffer.Bytes() = {128, 235, 128, 255, 128, 235, 128, 255};
+    buffer.SetBytes({128, 235, 128, 255, 128, 235, 128, 255});
     ASSERT_TRUE(CxYUV2RGBTagList(image.get(), buffer.Tags()));
     EXPECT_EQ(GetPixelAt(*image, 1, 0), (Pixel{65535, 65535, 65535, 65535}));
     uint64_t between;

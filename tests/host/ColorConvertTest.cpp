@@ -111,7 +111,7 @@ TEST(ColorConvert, LayoutsWithoutAlphaReadAsOpaque) {
 
 TEST(ColorConvert, IntegerImagesAreLimitedAndFloatImagesAreNot) {
     YuvBuffer buffer(LayoutOf(ColorLayout_2vuy), 2, 1);
-    buffer.Bytes() = {128, 254, 128, 1};
+    buffer.SetBytes({128, 254, 128, 1});
     const ImagePtr integers = Read(buffer, ImageData_RGBA16);
     EXPECT_EQ(GetPixelAt(*integers, 0, 0), (Pixel{65535, 65535, 65535, 65535}));
     EXPECT_EQ(GetPixelAt(*integers, 1, 0), (Pixel{0, 0, 0, 65535}));
@@ -175,7 +175,7 @@ TEST(ColorConvert, FloatSamplesThatAreNotNumbersCountAsZero) {
 
 TEST(ColorConvert, TheFirstRowOfABufferIsTheLastOfTheImage) {
     YuvBuffer buffer(LayoutOf(ColorLayout_2vuy), 2, 2);
-    buffer.Bytes() = {128, 235, 128, 235, 128, 16, 128, 16};
+    buffer.SetBytes({128, 235, 128, 235, 128, 16, 128, 16});
     const ImagePtr image = Read(buffer);
     EXPECT_EQ(GetFloatAt(*image, 0, 1).G, 1.0f);
     EXPECT_EQ(GetFloatAt(*image, 0, 0).G, 0.0f);
@@ -193,7 +193,7 @@ TEST(ColorConvert, An2vuyPairIsCbYCrY) {
 
 TEST(ColorConvert, PixelsBetweenTwoChromaSamplesTakeTheirMean) {
     YuvBuffer buffer(LayoutOf(ColorLayout_2vuy), 4, 1);
-    buffer.Bytes() = {128, 126, 100, 126, 128, 126, 200, 126};
+    buffer.SetBytes({128, 126, 100, 126, 128, 126, 200, 126});
     const ImagePtr image = Read(buffer);
     const auto redAt = [&](int x) { return GetFloatAt(*image, x, 0).R; };
     EXPECT_FLOAT_EQ(redAt(1), (redAt(0) + redAt(2)) / 2);
@@ -202,9 +202,9 @@ TEST(ColorConvert, PixelsBetweenTwoChromaSamplesTakeTheirMean) {
 
 TEST(ColorConvert, RowsTakeThreeQuartersOfTheirOwnChromaRowAndOneOfTheNearerOther) {
     YuvBuffer buffer(LayoutOf(ColorLayout_yuvj420p), 2, 4);
-    buffer.Bytes(0) = Bytes(8, 100);
-    buffer.Bytes(1) = {128, 128};
-    buffer.Bytes(2) = {128, 168};
+    buffer.SetBytes(Bytes(8, 100));
+    buffer.SetBytes({128, 128}, 1);
+    buffer.SetBytes({128, 168}, 2);
     const ImagePtr image = Read(buffer);
     const auto crAt = [&](int row) { return GetFloatAt(*image, 0, 3 - row).R * 255 - 100; };
     const float step = crAt(3); // 40 codes
@@ -257,22 +257,33 @@ TEST(ColorConvert, ALastPairWithOnePixelRepeatsItsLuma) {
 }
 
 TEST(ColorConvert, ARowThatEndsAtALonePixelIsWrittenWithoutItsCr) {
-    YuvBuffer buffer(LayoutOf(ColorLayout_2vuy), 3, 2, 6, 0);
-    WritePlain(buffer, {1, 1, 1, 1});
-    EXPECT_EQ(buffer.Bytes(), (Bytes{128, 235, 128, 235, 128, 235, 128, 235, 128, 235, 128, 235}));
+    std::mt19937 random = MakeRandom();
+    for (const ColorLayout code :
+         {ColorLayout_2vuy, ColorLayout_uyvy, ColorLayout_v216, ColorLayout_yv8u, ColorLayout_yv16}) {
+        for (const int width : {1, 3, 33}) {
+            const ImagePtr image = MakeImage(width, 1);
+            FillRandom(*image, random);
+            YuvBuffer whole(LayoutOf(code), width, 1);
+            ASSERT_NE(CxRGB2YUVTagList(image.get(), whole.Tags()), nullptr);
+            const int cutBytes = whole.View().rowBytes / (width + 1) * width;
+            YuvBuffer cut(LayoutOf(code), width, 1, cutBytes, 0);
+            ASSERT_NE(CxRGB2YUVTagList(image.get(), cut.Tags()), nullptr);
+            EXPECT_EQ(cut.Bytes(), Bytes(whole.Bytes().begin(), whole.Bytes().begin() + cutBytes));
+        }
+    }
 }
 
 TEST(ColorConvert, ARowThatEndsAtALonePixelReadsItsCrFromThePairBefore) {
     YuvBuffer cut(LayoutOf(ColorLayout_2vuy), 3, 1, 6, 0);
-    cut.Bytes() = {90, 100, 150, 100, 110, 100};
+    cut.SetBytes({90, 100, 150, 100, 110, 100});
     YuvBuffer whole(LayoutOf(ColorLayout_2vuy), 3, 1);
-    whole.Bytes() = {90, 100, 150, 100, 110, 100, 150, 0};
+    whole.SetBytes({90, 100, 150, 100, 110, 100, 150, 0});
     EXPECT_EQ(PixelBytes(*Read(cut), ImageData_RGBAFloat), PixelBytes(*Read(whole), ImageData_RGBAFloat));
 }
 
 TEST(ColorConvert, APictureOfOnePixelWithoutCrHasNoRed) {
     YuvBuffer cut(LayoutOf(ColorLayout_2vuy), 1, 1, 2, 0);
-    cut.Bytes() = {128, 235};
+    cut.SetBytes({128, 235});
     const PixelFloat pixel = GetFloatAt(*Read(cut), 0, 0);
     EXPECT_EQ(pixel.R, 1.0f);
     EXPECT_EQ(pixel.B, 1.0f);

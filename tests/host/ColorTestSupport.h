@@ -4,7 +4,9 @@
 #include "host/ColorModel.h"
 #include "pixel/PixelTestSupport.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -39,7 +41,12 @@ public:
 
     const color_model::Buffer& View() const { return view_; }
     uint8_t* Plane(size_t plane) { return memory_[plane].data(); }
-    std::vector<uint8_t>& Bytes(size_t plane = 0) { return memory_[plane]; }
+    const std::vector<uint8_t>& Bytes(size_t plane = 0) const { return memory_[plane]; }
+    /// Replaces all bytes of a plane, of which there must be as many.
+    void SetBytes(const std::vector<uint8_t>& bytes, size_t plane = 0) {
+        if (bytes.size() != memory_[plane].size()) std::abort();
+        std::copy(bytes.begin(), bytes.end(), memory_[plane].begin());
+    }
 
     void Fill(uint8_t value) {
         for (auto& memory : memory_)

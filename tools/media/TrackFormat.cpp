@@ -8,6 +8,7 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
+#include <string_view>
 
 namespace {
 
@@ -54,17 +55,16 @@ std::string CodeText(uint32_t fourCC) {
     return av_fourcc_make_string(text, SwapTag(fourCC));
 }
 
-/// A code that is not uncompressed. It stays as it is, but in AVI, which has codes of its own for the codecs.
+/// A code that is not uncompressed. AVI has codes and sample forms of its own for these codecs, and takes
+/// none.
 TrackFormat CompressedFormat(const char* muxer, uint32_t fourCC, bool alpha) {
     const std::array<const AVCodecTag*, 2> tables{avformat_get_mov_video_tags(), nullptr};
     const uint32_t tag = SwapTag(fourCC);
-    TrackFormat format{muxer, av_codec_get_id(tables.data(), tag), AV_PIX_FMT_NONE,
-                       std::string(muxer) == "avi" ? 0 : tag, alpha ? 32 : 24};
+    const AVCodecID codec = av_codec_get_id(tables.data(), tag);
     const AVOutputFormat* output = av_guess_format(muxer, nullptr, nullptr);
-    const bool isHeld = format.codec != AV_CODEC_ID_NONE && output != nullptr &&
-                        avformat_query_codec(output, format.codec, FF_COMPLIANCE_NORMAL) == 1;
-    if (!isHeld) format.codec = AV_CODEC_ID_NONE;
-    return format;
+    const bool isHeld = std::string_view(muxer) != "avi" && output != nullptr &&
+                        avformat_query_codec(output, codec, FF_COMPLIANCE_NORMAL) == 1;
+    return {muxer, isHeld ? codec : AV_CODEC_ID_NONE, AV_PIX_FMT_NONE, tag, alpha ? 32 : 24};
 }
 
 } // namespace
@@ -76,7 +76,7 @@ TrackFormat ChooseTrackFormat(const std::string& path, uint32_t fourCC, bool alp
                                    [=](const UncompressedRow& r) { return r.fourCC == fourCC; });
     if (row == uncompressedRows.end()) {
         format = CompressedFormat(format.muxer, fourCC, alpha);
-    } else if (const uint32_t tag = std::string(format.muxer) == "mov" ? row->movTag : row->otherTag;
+    } else if (const uint32_t tag = std::string_view(format.muxer) == "mov" ? row->movTag : row->otherTag;
                tag != 0) {
         format = {format.muxer, row->codec, row->pixelFormat, SwapTag(tag), row->bitsPerPixel};
     }

@@ -30,26 +30,28 @@ void Truncate(const std::string& path, double part) {
         path, static_cast<uintmax_t>(static_cast<double>(std::filesystem::file_size(path)) * part));
 }
 
-TEST(BadFiles, AMissingFileCannotBeOpened) {
+TEST(MovieTrackSourceFailure, AMissingFileCannotBeOpened) {
     const TempFolder folder;
     EXPECT_EQ(OpenStatus(folder / "none.mov"), ExitStatus::CannotOpen);
 }
 
-TEST(BadFiles, AFolderCannotBeOpened) {
+TEST(MovieTrackSourceFailure, AFolderCannotBeOpened) {
     const TempFolder folder;
     std::filesystem::create_directory(folder / "a.mov");
     EXPECT_EQ(OpenStatus(folder / "a.mov"), ExitStatus::CannotOpen);
 }
 
-TEST(BadFiles, ADeviceCannotBeOpened) { EXPECT_EQ(OpenStatus("/dev/zero"), ExitStatus::CannotOpen); }
+TEST(MovieTrackSourceFailure, ADeviceCannotBeOpened) {
+    EXPECT_EQ(OpenStatus("/dev/zero"), ExitStatus::CannotOpen);
+}
 
-TEST(BadFiles, AnEmptyFileIsDamaged) {
+TEST(MovieTrackSourceFailure, AnEmptyFileIsDamaged) {
     const TempFolder folder;
     WriteBytes(folder / "a.mov", {});
     EXPECT_EQ(OpenStatus(folder / "a.mov"), ExitStatus::Damaged);
 }
 
-TEST(BadFiles, ATextFileIsDamagedWhateverItsName) {
+TEST(MovieTrackSourceFailure, ATextFileIsDamagedWhateverItsName) {
     const TempFolder folder;
     const std::string text = "Frames are counted from nought.\n";
     for (const char* name : {"a.mov", "a.txt", "a.avi", "a"}) {
@@ -58,7 +60,7 @@ TEST(BadFiles, ATextFileIsDamagedWhateverItsName) {
     }
 }
 
-TEST(BadFiles, SoundAloneIsUnsupported) {
+TEST(MovieTrackSourceFailure, SoundAloneIsUnsupported) {
     const TempFolder folder;
     RunFfmpeg("-f lavfi -i sine -t 1 '" + (folder / "a.wav") + "'");
     RunFfmpeg("-f lavfi -i sine -t 1 '" + (folder / "a.mp4") + "'");
@@ -66,26 +68,26 @@ TEST(BadFiles, SoundAloneIsUnsupported) {
     EXPECT_EQ(OpenStatus(folder / "a.mp4"), ExitStatus::Unsupported);
 }
 
-TEST(BadFiles, AStillImageIsUnsupported) {
+TEST(MovieTrackSourceFailure, AStillImageIsUnsupported) {
     const TempFolder folder;
     RunFfmpeg(TestPicture(64, 48, "25", 1) + " '" + (folder / "a.png") + "'");
     EXPECT_EQ(OpenStatus(folder / "a.png"), ExitStatus::Unsupported);
 }
 
-TEST(BadFiles, APlaylistThatNamesOtherFilesIsNotFollowed) {
+TEST(MovieTrackSourceFailure, APlaylistThatNamesOtherFilesIsNotFollowed) {
     const TempFolder folder;
     RunFfmpeg(TestPicture(64, 48, "25", 10) + " -c:v libx264 -f hls '" + (folder / "a.m3u8") + "'");
     EXPECT_EQ(OpenStatus(folder / "a.m3u8"), ExitStatus::Unsupported);
 }
 
-TEST(BadFiles, NamesWithAColonAreFiles) {
+TEST(MovieTrackSourceFailure, NamesWithAColonAreFiles) {
     const TempFolder folder;
     RunFfmpeg(TestPicture(64, 48, "25", 2) + " -c:v mjpeg '" + (folder / "a.mov") + "'");
     std::filesystem::rename(folder / "a.mov", folder / "http:a.mov");
     EXPECT_EQ(MovieTrackSource::Open(folder / "http:a.mov")->GetFrameCount(), 2);
 }
 
-TEST(BadFiles, AMovieWithoutItsHeaderIsDamaged) {
+TEST(MovieTrackSourceFailure, AMovieWithoutItsHeaderIsDamaged) {
     const TempFolder folder;
     RunFfmpeg(TestPicture(64, 48, "25", 20) + " " + clip + "'" + (folder / "a.mov") + "'");
     Truncate(folder / "a.mov", 0.5);
@@ -111,7 +113,7 @@ TEST_P(TruncatedFiles, HoldTheSamplesThatAreThere) {
     EXPECT_EQ(source->ReadSample(source->GetSampleCount(), nullptr, size), nullptr);
 }
 
-TEST(BadFiles, AFileThatBreaksOffSaysSo) {
+TEST(MovieTrackSourceFailure, AFileThatBreaksOffSaysSo) {
     const TempFolder folder;
     for (const char* name : {"a.mov", "a.avi"}) {
         const std::string path = folder / name;
@@ -122,7 +124,7 @@ TEST(BadFiles, AFileThatBreaksOffSaysSo) {
     }
 }
 
-TEST(BadFiles, AFileThatShrinksWhileItIsOpenGivesNull) {
+TEST(MovieTrackSourceFailure, AFileThatShrinksWhileItIsOpenGivesNull) {
     const TempFolder folder;
     const std::string path = folder / "a.mov";
     RunFfmpeg(TestPicture(128, 96, "25", 30) + " -c:v v210 '" + path + "'");
@@ -134,7 +136,7 @@ TEST(BadFiles, AFileThatShrinksWhileItIsOpenGivesNull) {
     EXPECT_EQ(size, 0);
 }
 
-TEST(BadFiles, AFileThatIsReplacedWhileItIsOpenGivesItsOwnSamplesOrNull) {
+TEST(MovieTrackSourceFailure, AFileThatIsReplacedWhileItIsOpenGivesItsOwnSamplesOrNull) {
     const TempFolder folder;
     const std::string path = folder / "a.mov";
     RunFfmpeg(TestPicture(128, 96, "25", 30) + " -c:v mjpeg '" + path + "'");
@@ -165,7 +167,7 @@ size_t ReadWhatIsThere(const std::string& path) {
     return bytes;
 }
 
-TEST(BadFiles, BytesThatWereChangedAtRandomDoNoHarm) {
+TEST(MovieTrackSourceFailure, BytesThatWereChangedAtRandomDoNoHarm) {
     const char* given = std::getenv("CORVEX_TEST_SEED");
     const unsigned seed = given != nullptr ? static_cast<unsigned>(std::atoi(given)) : std::random_device()();
     SCOPED_TRACE("CORVEX_TEST_SEED=" + std::to_string(seed));
@@ -186,7 +188,7 @@ TEST(BadFiles, BytesThatWereChangedAtRandomDoNoHarm) {
     }
 }
 
-TEST(BadFiles, AFileThatDisappearsIsStillRead) {
+TEST(MovieTrackSourceFailure, AFileThatDisappearsIsStillRead) {
     const TempFolder folder;
     const std::string path = folder / "a.mov";
     RunFfmpeg(TestPicture(128, 96, "25", 5) + " -c:v v210 '" + path + "'");
