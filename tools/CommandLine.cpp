@@ -62,6 +62,7 @@ template <typename Value>
 void AddChoice(CLI::App& command, const std::string& name, std::string& word,
                const std::map<std::string, Value>& choices, const std::string& help) {
     std::vector<std::string> words;
+    words.reserve(choices.size());
     for (const auto& [choice, value] : choices)
         words.push_back(choice);
     command.add_option(name, word, help)->check(CLI::IsMember(words));

@@ -3,10 +3,12 @@
 #include "Cancellation.h"
 #include "CommandLine.h"
 
+#include <cstdio>
 #include <new>
 
-int main(int argc, char** argv) {
-    CatchSignals();
+namespace {
+
+int RunCall(int argc, char** argv) {
     Report report;
     std::optional<ToolError> failure;
     CommandLine line;
@@ -21,4 +23,16 @@ int main(int argc, char** argv) {
         failure = ToolError(ExitStatus::JobFailed, "corvexvf", error.what());
     }
     return Publish(report, line.WantsJson(), failure);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CatchSignals();
+    try {
+        return RunCall(argc, argv);
+    } catch (...) {
+        std::fputs("corvexvf: the result can't be told\n", stderr);
+        return static_cast<int>(ExitStatus::JobFailed);
+    }
 }

@@ -12,11 +12,10 @@
 /// scratch memory of the caller, have room for the row, and do not overlap.
 struct ColorLines {
     float* luma;
-    float* cb;    ///< one to a pixel
-    float* cr;    ///< one to a pixel
-    float* alpha; ///< the code of opaque where the layout has no alpha
-    float*
-        chroma; ///< Cb and Cr in turn, one pair to two pixels; layouts with fewer chroma samples than pixels
+    float* cb;       ///< one to a pixel
+    float* cr;       ///< one to a pixel
+    float* alpha;    ///< reading: the code of opaque where the layout has no alpha
+    float* chroma;   ///< Cb and Cr in turn, a pair to two pixels, of layouts that have no more
     uint16_t* words; ///< ten-bit samples in order, of the layout that needs them
 };
 
@@ -42,8 +41,8 @@ struct ColorKernels {
     /// `chroma` to `cb` and `cr`, twice as many: a sample stands at the first pixel of each two, and the
     /// second gets the mean of its neighbours. Reads the pair behind the last.
     using Upsample = void (*)(const ColorLines& lines, int64_t pairs);
-    /// `cb` and `cr` to `chroma`, half as many: weights 1 2 1 about the first pixel of each two. Reads one
-    /// sample before the first pixel and one behind the last.
+    /// `cb` and `cr` to `chroma`, half as many: weights 1 2 1 about the first pixel of each two. Reads two
+    /// samples before the first pixel and one behind the last, if their number is odd.
     using Downsample = void (*)(const ColorLines& lines, int64_t pairs);
     /// `line` = `line` * `weight` + `other` * (1 - `weight`).
     using Blend = void (*)(float* line, const float* other, float weight, int64_t count);

@@ -40,12 +40,20 @@ void StoreSample(uint8_t* bytes, int64_t index, T sample) {
     std::memcpy(bytes + index * int64_t{sizeof(T)}, &sample, sizeof(T));
 }
 
+/// A number of 0 or more to the nearest integer, as a sum and a truncation: the vector forms have the same
+/// bits.
+template <typename T, typename Real>
+T Round(Real value) {
+    const Real next = value + Real{0.5};
+    return static_cast<T>(next);
+}
+
 template <typename T>
 T Quantize(float value, ColorLimits limits) {
     if constexpr (std::is_floating_point_v<T>) {
         return value;
     } else {
-        return static_cast<T>(std::min(std::max(value, limits.least), limits.most) + 0.5f);
+        return Round<T>(std::min(std::max(value, limits.least), limits.most));
     }
 }
 
@@ -79,7 +87,7 @@ struct IntegerChannel {
     template <typename Real>
     static T Store(Real value) {
         constexpr Real white = static_cast<T>(~T{0});
-        return static_cast<T>(std::min(std::max(value, Real{0}), white) + Real{0.5});
+        return Round<T>(std::min(std::max(value, Real{0}), white));
     }
 };
 using ByteChannel = IntegerChannel<uint8_t>;

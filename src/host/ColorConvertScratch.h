@@ -16,10 +16,11 @@ public:
     /// Whether there was memory.
     bool Ready() const { return block_ != nullptr; }
 
-    /// Lines of the row in work. A pair of samples before and behind every line is there for
-    /// neighbours of the outermost ones.
+    /// Lines of the row in work. There is room before and behind each for neighbours of the outermost
+    /// samples.
     const ColorLines& Lines() const { return lines_; }
-    /// Lines of a second row, which shares all but `luma` and `chroma` with the first.
+    /// Lines of a second row that shares chroma samples with the first; it has `luma` and `chroma` of its
+    /// own.
     ColorLines SecondLines() const;
     /// One row of interleaved float channels.
     float* Pixels() const { return pixels_; }

@@ -32,31 +32,41 @@ constexpr ColorRange zeroBased8 = {0, 219, 128, 224, 255, {0, 238}, {1, 254}};
 /// The same as fractions of 255. Grey is the float that stands in buffers, so that grey pixels stay grey.
 constexpr ColorRange zeroBasedFloat = {0, 219.0 / 255, 128.0f / 255, 224.0 / 255, 1, {}, {}};
 
-} // namespace
-
-constexpr std::array<ColorLayoutInfo, 18> colorLayouts = {{
-    {ColorLayout_2vuy, "2vuy", ColorPacking::Pairs8, video8, 2, 1, 1, 2, 1, false},
-    {ColorLayout_uyvy, "uyvy", ColorPacking::Pairs8, video8, 2, 1, 1, 2, 1, false},
-    {ColorLayout_v210, "v210", ColorPacking::PairsTens, video10, 2, 1, 6, 16, 1, false},
-    {ColorLayout_v410, "v410", ColorPacking::CbYCrTens, video10, 1, 1, 1, 4, 1, false},
-    {ColorLayout_v408, "v408", ColorPacking::CbYCrA8, video8, 1, 1, 1, 4, 1, true},
-    {ColorLayout_r408, "r408", ColorPacking::AYCbCr8, zeroBased8, 1, 1, 1, 4, 1, true},
-    {ColorLayout_r4fl, "r4fl", ColorPacking::AYCbCrFloat, zeroBasedFloat, 1, 1, 1, 16, 1, true},
-    {ColorLayout_yuv422p10, "yuv422p10", ColorPacking::Planar16, video10, 2, 1, 1, 2, 3, false},
-    {ColorLayout_yuv422p, "yuv422p", ColorPacking::Planar8, video8, 2, 1, 1, 1, 3, false},
-    {ColorLayout_yuv420p, "yuv420p", ColorPacking::Planar8, video8, 2, 2, 1, 1, 3, false},
-    {ColorLayout_nv12, "nv12", ColorPacking::SemiPlanar8, video8, 2, 2, 1, 1, 2, false},
-    {ColorLayout_v216, "v216", ColorPacking::Pairs16, video16, 2, 1, 1, 4, 1, false},
-    {ColorLayout_yuvj422p, "yuvj422p", ColorPacking::Planar8, full8, 2, 1, 1, 1, 3, false},
-    {ColorLayout_yuvj420p, "yuvj420p", ColorPacking::Planar8, full8, 2, 2, 1, 1, 3, false},
-    {ColorLayout_yv16, "yv16", ColorPacking::PairsAlpha16, video16, 2, 1, 1, 6, 1, true},
-    {ColorLayout_yv8u, "yv8u", ColorPacking::PairsAlpha8, video8, 2, 1, 1, 3, 1, true},
-    {ColorLayout_yuvj422p10, "yuvj422p10", ColorPacking::Planar16, full10, 2, 1, 1, 2, 3, false},
-    {ColorLayout_y416, "y416", ColorPacking::AYCbCr16, video16, 1, 1, 1, 8, 1, true},
+constexpr std::array<ColorLayoutInfo, 18> layouts = {{
+    {ColorLayout_2vuy, ColorPacking::Pairs8, video8, 2, 1, 1, 2, 1},
+    {ColorLayout_uyvy, ColorPacking::Pairs8, video8, 2, 1, 1, 2, 1},
+    {ColorLayout_v210, ColorPacking::PairsTens, video10, 2, 1, 6, 16, 1},
+    {ColorLayout_v410, ColorPacking::CbYCrTens, video10, 1, 1, 1, 4, 1},
+    {ColorLayout_v408, ColorPacking::CbYCrA8, video8, 1, 1, 1, 4, 1},
+    {ColorLayout_r408, ColorPacking::AYCbCr8, zeroBased8, 1, 1, 1, 4, 1},
+    {ColorLayout_r4fl, ColorPacking::AYCbCrFloat, zeroBasedFloat, 1, 1, 1, 16, 1},
+    {ColorLayout_yuv422p10, ColorPacking::Planar16, video10, 2, 1, 1, 2, 3},
+    {ColorLayout_yuv422p, ColorPacking::Planar8, video8, 2, 1, 1, 1, 3},
+    {ColorLayout_yuv420p, ColorPacking::Planar8, video8, 2, 2, 1, 1, 3},
+    {ColorLayout_nv12, ColorPacking::SemiPlanar8, video8, 2, 2, 1, 1, 2},
+    {ColorLayout_v216, ColorPacking::Pairs16, video16, 2, 1, 1, 4, 1},
+    {ColorLayout_yuvj422p, ColorPacking::Planar8, full8, 2, 1, 1, 1, 3},
+    {ColorLayout_yuvj420p, ColorPacking::Planar8, full8, 2, 2, 1, 1, 3},
+    {ColorLayout_yv16, ColorPacking::PairsAlpha16, video16, 2, 1, 1, 6, 1},
+    {ColorLayout_yv8u, ColorPacking::PairsAlpha8, video8, 2, 1, 1, 3, 1},
+    {ColorLayout_yuvj422p10, ColorPacking::Planar16, full10, 2, 1, 1, 2, 3},
+    {ColorLayout_y416, ColorPacking::AYCbCr16, video16, 1, 1, 1, 8, 1},
 }};
 
+constexpr bool CodesAreUnique() {
+    for (size_t i = 0; i < layouts.size(); ++i) {
+        for (size_t j = 0; j < i; ++j) {
+            if (layouts[i].code == layouts[j].code) return false;
+        }
+    }
+    return true;
+}
+static_assert(CodesAreUnique());
+
+} // namespace
+
 const ColorLayoutInfo* FindColorLayout(int64_t code) {
-    for (const ColorLayoutInfo& layout : colorLayouts) {
+    for (const ColorLayoutInfo& layout : layouts) {
         if (layout.code == code) return &layout;
     }
     return nullptr;

@@ -31,7 +31,7 @@ struct ColorLimits {
     float most;
 };
 
-/// What the codes of a layout mean. All but the limits is in codes.
+/// What the codes of a layout mean.
 struct ColorRange {
     double black;       ///< luma of black
     double lumaSpan;    ///< from black to white
@@ -42,10 +42,9 @@ struct ColorRange {
     ColorLimits chroma; ///< the same
 };
 
-/// Everything that is known of one layout.
+/// All that is known of one layout.
 struct ColorLayoutInfo {
     ColorLayout code;
-    const char* name;
     ColorPacking packing;
     ColorRange range;
     int32_t chromaWidth;  ///< pixels across that share a chroma sample: 1 or 2
@@ -53,7 +52,6 @@ struct ColorLayoutInfo {
     int32_t groupPixels;  ///< pixels of the smallest unit of a row, in the first plane
     int32_t groupBytes;   ///< bytes of that unit
     int32_t planes;       ///< 1 to 3
-    bool hasAlpha;
 
     constexpr bool IsFloat() const { return packing == ColorPacking::AYCbCrFloat; }
     /// Whether a row is a string of C Y (A), one to a pixel, that may end at a lone pixel.
@@ -71,9 +69,6 @@ struct ColorLayoutInfo {
         return ChromaCount(width) * groupBytes * (planes == 2 ? 2 : 1);
     }
 };
-
-/// Names every layout of `ColorLayout`, once each.
-extern const std::array<ColorLayoutInfo, 18> colorLayouts;
 
 /// The layout of this number, or null.
 const ColorLayoutInfo* FindColorLayout(int64_t code);

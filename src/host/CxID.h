@@ -16,6 +16,8 @@ public:
 
     /// The text, null-terminated, valid until the process ends; never null.
     operator const char*() const { return text_; }
+    /// Would be true always, as the text is never null; `IsEmpty` is what tells.
+    explicit operator bool() const = delete;
     bool IsEmpty() const { return text_[0] == '\0'; }
 
     bool operator==(const CxID& other) const { return text_ == other.text_; }

@@ -6,7 +6,8 @@ constexpr bool IsLeadSurrogate(char16_t unit) { return unit >= 0xd800 && unit < 
 constexpr bool IsTrailSurrogate(char16_t unit) { return unit >= 0xdc00 && unit < 0xe000; }
 
 /// Takes one code point off UTF-16 text. A surrogate without its partner gives U+FFFD.
-char32_t TakeCodePoint(const char16_t*& text) {
+template <typename Unit>
+char32_t TakeCodePoint(const Unit*& text) {
     const char16_t unit = *text++;
     if (IsLeadSurrogate(unit) && IsTrailSurrogate(*text)) {
         const char16_t trail = *text++;
@@ -35,14 +36,22 @@ void AppendUtf8(std::string& text, char32_t point) {
     }
 }
 
+/// Converts null-terminated UTF-16 text, which may be null, to UTF-8.
+template <typename Unit>
+std::string ToUtf8(const Unit* text) {
+    std::string converted;
+    while (text != nullptr && *text != 0)
+        AppendUtf8(converted, TakeCodePoint(text));
+    return converted;
+}
+
 } // namespace
 
 template <>
-CxStringT<char>::CxStringT(const char16_t* text) {
-    if (text == nullptr) return;
-    while (*text != 0)
-        AppendUtf8(text_, TakeCodePoint(text));
-}
+CxStringT<char>::CxStringT(const char16_t* text) : text_(ToUtf8(text)) {}
+
+template <>
+CxStringT<char>::CxStringT(const uint16_t* text) : text_(ToUtf8(text)) {}
 
 template <>
 CxStringT<char> CxStringT<char>::Right(int count) const {

@@ -2,6 +2,8 @@
 
 #include "host/Export.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 /// The host's string class, used at the boundaries of path handling. The host has it for `char`, where text
@@ -10,6 +12,7 @@ template <typename Char>
 class CxStringT {
 public:
     CxStringT() = default;
+    CxStringT(std::nullptr_t) {}
     /// Copies null-terminated text; null counts as empty.
     CxStringT(const Char* text) {
         if (text != nullptr) text_ = text;
@@ -17,6 +20,8 @@ public:
     /// Converts null-terminated UTF-16 text to UTF-8; unpaired surrogates become U+FFFD. Null counts as
     /// empty.
     CORVEX_HOST_API explicit CxStringT(const char16_t* text);
+    /// The same for UTF-16 text whose units are plain numbers.
+    CORVEX_HOST_API explicit CxStringT(const uint16_t* text);
 
     CxStringT& operator+=(const CxStringT& other) {
         text_ += other.text_;
@@ -28,6 +33,8 @@ public:
     int Length() const { return static_cast<int>(text_.size()); }
     const Char* c_str() const { return text_.c_str(); }
     operator const Char*() const { return text_.c_str(); }
+    /// Would be true always, as the text is never null; `IsEmpty` is what tells.
+    explicit operator bool() const = delete;
 
     bool operator==(const CxStringT& other) const { return text_ == other.text_; }
     /// Compares with plain text; null counts as empty.
@@ -36,5 +43,12 @@ public:
 private:
     std::basic_string<Char> text_;
 };
+
+template <>
+CORVEX_HOST_API CxStringT<char>::CxStringT(const char16_t* text);
+template <>
+CORVEX_HOST_API CxStringT<char>::CxStringT(const uint16_t* text);
+template <>
+CORVEX_HOST_API CxStringT<char> CxStringT<char>::Right(int count) const;
 
 using CxString = CxStringT<char>;

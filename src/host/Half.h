@@ -5,7 +5,7 @@
 
 /// Value of an IEEE 754 half (binary16), given by its bits. Exact; a NaN keeps its sign and payload.
 ///
-/// Does not depend on the thread's floating-point mode, flushing of subnormals included.
+/// Does not depend on the thread's floating-point mode: neither rounding nor flushing of subnormals.
 constexpr float HalfToFloat(uint16_t half) {
     constexpr uint32_t rebias = (127 - 15) << 23;
     const uint32_t sign = static_cast<uint32_t>(half & 0x8000) << 16;
@@ -15,10 +15,8 @@ constexpr float HalfToFloat(uint16_t half) {
     if (exponent == 0x0f800000) {
         bits += rebias; // infinity and NaN
     } else if (exponent == 0) {
-        // The mantissa behind an exponent of 2^-14; taking 2^-14 away leaves a normal single.
-        constexpr uint32_t smallestNormal = 113 << 23;
-        bits = std::bit_cast<uint32_t>(std::bit_cast<float>(magnitude + smallestNormal) -
-                                       std::bit_cast<float>(smallestNormal));
+        // A number of steps of 2^-24. Both factors and the product are exact and are 0 or normal singles.
+        bits = std::bit_cast<uint32_t>(static_cast<float>(half & 0x03ff) * 0x1p-24f);
     }
     return std::bit_cast<float>(bits | sign);
 }

@@ -47,8 +47,8 @@ struct ImgMPData;
 class Image {
 public:
     /// Reads or writes one pixel. `data` is the pixel's address in the main data and `aux` its address in
-    /// the second data block; both may be 0 or, on an image without main data, a mere offset, in which
-    /// case the stand-alone host's accessors read transparent black and write nothing.
+    /// the second data block; both may be 0. With a null `data`, and on an image without main data, where
+    /// `data` is a mere offset, the stand-alone host's accessors read transparent black and write nothing.
     using GetPixelFunction = void (*)(Pixel& pixel, const uint8_t* data, const uint8_t* aux, Image* image);
     using SetPixelFunction = void (*)(const Pixel& pixel, uint8_t* data, uint8_t* aux, Image* image);
     using GetPixelFloatFunction = void (*)(PixelFloat& pixel, const uint8_t* data, const uint8_t* aux,
@@ -70,8 +70,10 @@ public:
 
     /// Runs `fn(this, context, index)` for each index from 0 to `count` - 1, on several threads and in any
     /// order, and returns when all are done; what they wrote is visible to the caller then. With `count` of 0
-    /// or less nothing runs. The calls run in the caller's oneTBB arena, so that an arena or a
-    /// `tbb::global_control` of the caller limits the number of threads; the calling thread is one of them.
+    /// or less nothing runs. An exception that `fn` lets out keeps further calls from beginning and reaches
+    /// the caller once those that run have ended; of several exceptions the first one does. The calls run in
+    /// the caller's oneTBB arena, so that an arena or a `tbb::global_control` of the caller limits the number
+    /// of threads; the calling thread is one of them.
     ///
     /// @param data,flag  carried for the host; null and false here
     /// @return true

@@ -56,18 +56,20 @@ struct ChannelHalf {
 template <typename Channel>
 using StoredPixel = std::array<typename Channel::Stored, 4>;
 
-/// The stored channels at `data`, or transparent black if the image has no main data: `data` is no address
-/// then.
+/// Whether `data` is an address: on an image without main data it is a mere offset.
+bool HasPixel(const uint8_t* data, const Image& image) { return data != nullptr && image.HasMainData(); }
+
+/// The stored channels at `data`, or transparent black if there is no pixel.
 template <typename Channel>
 StoredPixel<Channel> Load(const uint8_t* data, const Image& image) {
     StoredPixel<Channel> stored = {};
-    if (image.HasMainData()) std::memcpy(stored.data(), data, sizeof stored);
+    if (HasPixel(data, image)) std::memcpy(stored.data(), data, sizeof stored);
     return stored;
 }
 
 template <typename Channel>
 void Store(const StoredPixel<Channel>& stored, uint8_t* data, const Image& image) {
-    if (image.HasMainData()) std::memcpy(data, stored.data(), sizeof stored);
+    if (HasPixel(data, image)) std::memcpy(data, stored.data(), sizeof stored);
 }
 
 template <typename Channel>

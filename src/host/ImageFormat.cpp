@@ -1,5 +1,7 @@
 #include "host/ImageFormat.h"
 
+#include <utility>
+
 const CxID ImageFormat::ClassID("ImageFormat", true);
 
 size_t ImageFormat::ObjectSize() const { return sizeof(ImageFormat); }
@@ -31,6 +33,7 @@ bool ImageFormat::LoadFrameTagList(uint32_t, Image*& image, TagList& tags) {
     if (image != nullptr) return true;
     if (width <= 0 || height <= 0) return false;
     const int64_t kind = tags.GetLong(FormatTag_DataKind, ImageData_RGBA16);
+    if (!std::in_range<uint32_t>(kind)) return false;
     image = Image::Allocate(width, height, static_cast<ImageDataKind>(kind));
     return image != nullptr;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/CorvexDoc.h"
 #include "host/Image.h"
 #include "host/MediaFormat.h"
 
@@ -41,8 +42,10 @@ public:
     /// Loads frame `frame` (from 0) into `image`. Overrides call this one first: it prepares the image. With
     /// a null `image` it makes one of `width` by `height` pixels, of the kind in `FormatTag_DataKind` or
     /// 16-bit, which the caller frees, also if the load fails afterwards. An image that is there stays as it
-    /// is.
-    /// @return false, with `image` null, if `width` or `height` is not positive or the image can't be made
+    /// is, whatever its size: the base does not compare it with `width` and `height`, and an override does so
+    /// before it writes pixels.
+    /// @return false, with `image` null, if `width` or `height` is not positive, the kind is unknown or the
+    ///         image can't be made
     virtual bool LoadFrameTagList(uint32_t frame, Image*& image, TagList& tags);
     /// Starts a file at `path` for pictures like `image`.
     virtual bool SaveHeaderTagList(const char* path, Image* image, TagList& tags);

@@ -2,15 +2,37 @@
 
 #include "host/CorvexDoc.h"
 
-#include <new>
-
 Reuser::~Reuser() = default;
 
 size_t Reuser::ObjectSize() const { return sizeof(Reuser); }
 
 void* Reuser::operator new(size_t size) { return ::operator new(size); }
 
-void Reuser::operator delete(void* block) { ::operator delete(block); }
+void* Reuser::operator new(size_t size, std::align_val_t alignment) {
+    return ::operator new(size, alignment);
+}
+
+void* Reuser::operator new(size_t size, const std::nothrow_t& tag) noexcept {
+    return ::operator new(size, tag);
+}
+
+void* Reuser::operator new(size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept {
+    return ::operator new(size, alignment, tag);
+}
+
+void Reuser::operator delete(void* block) noexcept { ::operator delete(block); }
+
+void Reuser::operator delete(void* block, std::align_val_t alignment) noexcept {
+    ::operator delete(block, alignment);
+}
+
+void Reuser::operator delete(void* block, const std::nothrow_t& tag) noexcept {
+    ::operator delete(block, tag);
+}
+
+void Reuser::operator delete(void* block, std::align_val_t alignment, const std::nothrow_t& tag) noexcept {
+    ::operator delete(block, alignment, tag);
+}
 
 bool RefObject::SetAttrsTagList(const TagList&) { return false; }
 

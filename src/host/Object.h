@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 class CorvexDoc;
 class Registry;
@@ -22,9 +23,18 @@ public:
     virtual size_t ObjectSize() const;
 
     /// The stand-alone host takes the memory from the C++ heap, so that tools which watch the heap see every
-    /// object.
+    /// object. All forms are there that an expression `new` may ask for: a class with one hides the rest.
     static void* operator new(size_t size);
-    static void operator delete(void* block);
+    static void* operator new(size_t size, std::align_val_t alignment);
+    static void* operator new(size_t size, const std::nothrow_t& tag) noexcept;
+    static void* operator new(size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept;
+    static void* operator new(size_t, void* place) noexcept { return place; }
+
+    static void operator delete(void* block) noexcept;
+    static void operator delete(void* block, std::align_val_t alignment) noexcept;
+    static void operator delete(void* block, const std::nothrow_t& tag) noexcept;
+    static void operator delete(void* block, std::align_val_t alignment, const std::nothrow_t& tag) noexcept;
+    static void operator delete(void*, void*) noexcept {}
 };
 
 /// Part of the host's class chain; adds nothing in the stand-alone host.

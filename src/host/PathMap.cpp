@@ -23,7 +23,7 @@ struct PathMaps {
     }
 };
 
-bool IsSeparator(char c) { return c == '/' || c == '\\'; }
+constexpr char separator = '/';
 
 bool SameName(const std::string& a, const std::string& b) { return strcasecmp(a.c_str(), b.c_str()) == 0; }
 
@@ -32,7 +32,7 @@ bool Applies(const PathMapEntry& map, const std::string& path) {
     const size_t length = map.name.size();
     if (length == 0 || strncasecmp(path.c_str(), map.name.c_str(), length) != 0) return false;
     const char last = map.name.back();
-    return last == ':' || IsSeparator(last) || path.size() == length || IsSeparator(path[length]);
+    return last == ':' || last == separator || path.size() == length || path[length] == separator;
 }
 
 const PathMapEntry* FindLongest(const std::vector<PathMapEntry>& maps, const std::string& path) {
@@ -45,14 +45,14 @@ const PathMapEntry* FindLongest(const std::vector<PathMapEntry>& maps, const std
     return longest;
 }
 
-/// Joins the two with exactly one separator; an empty rest adds none.
+/// Joins the two with exactly one separator; where either is empty the other stays as it is.
 std::string JoinPath(std::string directory, const std::string& rest) {
-    if (rest.empty()) return directory;
-    const bool hasSeparator = !directory.empty() && IsSeparator(directory.back());
-    if (hasSeparator && IsSeparator(rest.front())) {
+    if (directory.empty() || rest.empty()) return directory + rest;
+    const bool hasSeparator = directory.back() == separator;
+    if (hasSeparator && rest.front() == separator) {
         directory.pop_back();
-    } else if (!hasSeparator && !IsSeparator(rest.front())) {
-        directory += '/';
+    } else if (!hasSeparator && rest.front() != separator) {
+        directory += separator;
     }
     return directory + rest;
 }

@@ -5,7 +5,9 @@
 
 #include <cstdint>
 
-/// Memory, shared libraries, files and events of the operating system, behind the host's names.
+/// Memory, shared libraries, files and events of the operating system, behind the host's names. In paths,
+/// here and in the functions at the end of this file, '/' is the one separator; a backslash is a character
+/// like any other.
 namespace Platform {
 
 /// Allocates `size` bytes at an alignment that is a power of two.
@@ -30,7 +32,8 @@ CORVEX_HOST_API void* GetFuncAddress(Library* library, const char* name);
 /// Unloads a library; null is fine.
 CORVEX_HOST_API void UnloadLib(Library* library);
 
-/// Whether the path names a file that exists (a directory does not count).
+/// Whether the path names a file that exists (a directory does not count). The path is taken as it is given:
+/// no library name is put into the platform's form and no path map applies.
 CORVEX_HOST_API bool FileExists(const char* path);
 
 struct Event;
@@ -62,11 +65,12 @@ private:
 };
 
 /// Replaces a path map at the start of `path` (such as "Corvex:/ffmpeg") by its real path, in place and once.
-/// Of several maps that fit the longest name applies. Any thread.
+/// Of several maps that fit the longest name applies. The real path and what follows the map's name are
+/// joined with exactly one '/'; where either is empty the other stays as it is. Any thread.
 /// @return true if a map applied; an unknown map leaves the path as it is
 CORVEX_HOST_API bool MapPath(CxStringT<char>& path);
 /// Defines, replaces or, with a null path, removes the map `name` ("Corvex:", "Corvex:/ffmpeg"). Names are
 /// compared without case. There are none at first. Any thread.
 CORVEX_HOST_API void SetPathMap(const char* name, const char* path);
-/// Directory part of a path, with its last separator ('/' or '\\'); empty if the path has none.
+/// Directory part of a path, with its last separator; empty if the path has none.
 CORVEX_HOST_API CxStringT<char> GetPathFromFileName(const char* path);

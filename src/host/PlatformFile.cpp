@@ -21,6 +21,6 @@ EnvString::EnvString(const char* name, const char* defaultValue, bool) {
 
 CxStringT<char> GetPathFromFileName(const char* path) {
     const std::string_view text(path != nullptr ? path : "");
-    const size_t directoryLength = text.find_last_of("/\\") + 1; // 0 without a separator
+    const size_t directoryLength = text.rfind('/') + 1; // 0 without a separator
     return std::string(text.substr(0, directoryLength)).c_str();
 }

@@ -14,7 +14,7 @@ std::string PlatformLibraryName(const std::string& name) {
     if (name.size() <= suffixLength) return name;
     const size_t stemEnd = name.size() - suffixLength;
     if (strcasecmp(name.c_str() + stemEnd, ".dll") != 0) return name;
-    const size_t stemStart = name.find_last_of("/\\") + 1; // 0 without a directory
+    const size_t stemStart = name.rfind('/') + 1; // 0 without a directory
     return name.substr(0, stemStart) + "lib" + name.substr(stemStart, stemEnd - stemStart) + ".so";
 }
 

@@ -29,7 +29,8 @@ Registry::~Registry() {
         std::erase(list.classes, this);
     }
     const auto cleanup = reinterpret_cast<RegistryCleanup>(tags_.GetPtr(RegTag_Cleanup, nullptr));
-    if (started_.has_value() && cleanup != nullptr) cleanup(this);
+    const bool initRan = started_.has_value() && tags_.GetPtr(RegTag_Init, nullptr) != nullptr;
+    if (initRan && cleanup != nullptr) cleanup(this);
 }
 
 void Registry::_Init(RegistryType, const CxID& classId, const TagList& tags) {
@@ -77,6 +78,7 @@ bool Registry::Start() {
     const std::lock_guard guard(startLock_);
     if (!started_.has_value()) {
         const auto init = reinterpret_cast<RegistryInit>(tags_.GetPtr(RegTag_Init, nullptr));
+        started_ = false; // stays if the init function throws, and is what it sees itself
         started_ = init == nullptr || init(this);
     }
     return *started_;

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "host/CxID.h"
+#include "host/Edition.h"
 #include "host/Export.h"
 #include "host/Object.h"
+#include "host/ScriptInfo.h"
 #include "host/ScriptVal.h"
 #include "host/TagList.h"
 
@@ -12,8 +14,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-class ScriptInfo;
 
 /// What a `Registry` announces.
 enum RegistryType : int32_t {
@@ -37,9 +37,13 @@ enum RegistryTag : Tag {
     RegTag_Extension = 0x38000064, ///< a file extension with its dot; one tag each
 };
 
-/// Called once, before the first object of the class is made; false keeps the class from making any.
+/// Called once, before the first object of the class is made; false keeps the class from making any, and so
+/// does an exception, which reaches whoever started the class. For the init function itself the class has not
+/// started: `Start` is false then and `Create` gives null. Other threads wait for it, so it waits for none
+/// that starts the class.
 using RegistryInit = bool (*)(Registry* registry);
-/// Called once when the registration ends, if `RegistryInit` was called.
+/// Called once when the registration ends, if an init function was called, be it that this one failed: what
+/// it had made by then is there to be cleaned up. A class without an init function is not cleaned up.
 using RegistryCleanup = void (*)(Registry* registry);
 /// Makes an object, which the caller owns, or returns null.
 using RegistryCreate = Object* (*)(const Registry* registry, const ScriptVal& value, const TagList& tags);
@@ -49,7 +53,7 @@ using RegistryCreate = Object* (*)(const Registry* registry, const ScriptVal& va
 class Registry {
 public:
     CORVEX_HOST_API Registry();
-    /// Takes the class off the list and runs its clean-up if the class was started.
+    /// Takes the class off the list and runs its clean-up if its init function was called.
     CORVEX_HOST_API ~Registry();
     Registry(const Registry&) = delete;
     Registry& operator=(const Registry&) = delete;
@@ -93,6 +97,6 @@ public:
 private:
     CxID classId_;
     TagList tags_;
-    std::mutex startLock_;
-    std::optional<bool> started_; ///< outcome of the init function once it ran; guarded by `startLock_`
+    std::recursive_mutex startLock_; ///< recursive, as the init function may ask to start its own class
+    std::optional<bool> started_; ///< whether the class started, once that was tried; guarded by `startLock_`
 };

@@ -31,6 +31,8 @@ public:
     /// Makes this value a string; null makes it nil.
     CORVEX_HOST_API ScriptVal& operator=(const char* text);
     CORVEX_HOST_API ScriptVal& operator=(const CxID& id);
+    /// Numbers go through `Set`; a literal 0 would be null text.
+    ScriptVal& operator=(int) = delete;
 
     /// Replaces the value. `value` points at what `type` says; null gives nil, false, 0, "" or an empty
     /// table.

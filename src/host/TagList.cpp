@@ -1,5 +1,6 @@
 #include "host/TagList.h"
 
+#include <algorithm>
 #include <bit>
 #include <limits>
 #include <utility>
@@ -7,10 +8,6 @@
 namespace {
 
 bool IsText(Tag tag) { return KindOf(tag) == TagKind_String || KindOf(tag) == TagKind_Id; }
-
-std::shared_ptr<const std::string> CopyText(const char* text) {
-    return std::make_shared<const std::string>(text != nullptr ? text : "");
-}
 
 /// Truncates, limited to the range of the result; not-a-number gives 0.
 int64_t Truncate(double number) {
@@ -24,22 +21,29 @@ int64_t Truncate(double number) {
 
 uint64_t TagItem::FromDouble(double number) { return std::bit_cast<uint64_t>(number); }
 
+TagList::Entry::Entry(const TagItem& item) : TagItem(item) {
+    if (!IsText(tag)) return;
+    text = std::make_shared<const std::string>(value != 0 ? Text() : "");
+    value = FromPtr(text->c_str());
+}
+
 TagList::TagList(const TagItem* array, bool) {
     if (array == nullptr) return;
     for (; array->tag != 0; ++array)
-        Append(*array, IsText(array->tag) ? CopyText(array->Text()) : nullptr);
+        entries_.emplace_back(*array);
 }
 
 const TagItem* TagList::Find(Tag tag) const {
-    for (const TagItem& item : items_) {
-        if (item.tag == tag) return &item;
+    for (const Entry& entry : entries_) {
+        if (entry.tag == tag) return &entry;
     }
     return nullptr;
 }
 
 const TagItem* TagList::FindNext(const TagItem* item) const {
-    const TagItem* const end = items_.data() + items_.size();
-    for (const TagItem* next = item + 1; next != end; ++next) {
+    if (item == nullptr) return nullptr;
+    const Entry* const end = entries_.data() + entries_.size();
+    for (const Entry* next = static_cast<const Entry*>(item) + 1; next != end; ++next) {
         if (next->tag == item->tag) return next;
     }
     return nullptr;
@@ -79,61 +83,66 @@ const char* TagList::GetString(Tag tag, const char* defaultValue) const {
 
 void TagList::Set(Tag tag, int value, bool) { SetNumber(tag, value, value); }
 
+void TagList::Set(Tag tag, uint32_t value, bool) { SetNumber(tag, value, value); }
+
+void TagList::Set(Tag tag, int64_t value, bool) { SetNumber(tag, value, static_cast<double>(value)); }
+
+void TagList::Set(Tag tag, double value, bool) { SetNumber(tag, Truncate(value), value); }
+
 void TagList::Set(Tag tag, const CxID& value, bool) {
-    if (IsText(tag)) Assign({tag, 0}, CopyText(value));
+    if (IsText(tag)) Assign(Entry({tag, TagItem::FromPtr(value)}));
 }
 
-void TagList::SetDouble(Tag tag, double value) { SetNumber(tag, Truncate(value), value); }
-
 void TagList::SetPtr(Tag tag, const void* value) {
-    if (KindOf(tag) == TagKind_Pointer) Assign({tag, TagItem::FromPtr(value)}, nullptr);
+    if (KindOf(tag) == TagKind_Pointer) Assign(Entry({tag, TagItem::FromPtr(value)}));
 }
 
 void TagList::Set(const TagItem* array, const void*) {
-    if (array == nullptr) return;
-    for (; array->tag != 0; ++array)
-        SetPair(*array);
+    const TagList source(array, false);
+    SetTags(&source, false);
 }
 
 void TagList::Add(Tag tag, const char* value) {
-    if (IsText(tag)) Append({tag, 0}, CopyText(value));
+    if (IsText(tag)) entries_.emplace_back(TagItem{tag, TagItem::FromPtr(value)});
 }
 
 void TagList::Add(Tag tag, const CxID& value) { Add(tag, static_cast<const char*>(value)); }
 
 void TagList::SetTags(const TagList* other, bool) {
     if (other == nullptr) return;
-    const TagList source(*other); // this list may be its own source
-    for (const TagItem& item : source.items_)
-        SetPair(item);
+    TagList result(*this); // replaces this list when all is set; `other` may be this list
+    for (const Entry& entry : other->entries_)
+        result.AssignOrAppend(entry);
+    entries_.swap(result.entries_);
 }
 
-void TagList::Append(const TagItem& item, Text text) {
-    items_.push_back({item.tag, text != nullptr ? TagItem::FromPtr(text->c_str()) : item.value});
-    texts_.push_back(std::move(text));
+void TagList::Delete(Tag tag) {
+    std::erase_if(entries_, [tag](const Entry& entry) { return entry.tag == tag; });
 }
 
-void TagList::Assign(const TagItem& item, Text text) {
-    const TagItem* const found = Find(item.tag);
-    if (found == nullptr) return Append(item, std::move(text));
-    const size_t index = static_cast<size_t>(found - items_.data());
-    items_[index].value = text != nullptr ? TagItem::FromPtr(text->c_str()) : item.value;
-    texts_[index] = std::move(text);
-}
+std::vector<TagItem> TagList::Items() const { return {entries_.begin(), entries_.end()}; }
 
-void TagList::SetPair(const TagItem& item) {
-    Text text = IsText(item.tag) ? CopyText(item.Text()) : nullptr;
-    if ((item.tag & TagFlag_Repeatable) != 0) {
-        Append(item, std::move(text));
+void TagList::Assign(Entry entry) {
+    const auto found = std::ranges::find(entries_, entry.tag, &Entry::tag);
+    if (found != entries_.end()) {
+        *found = std::move(entry);
     } else {
-        Assign(item, std::move(text));
+        entries_.push_back(std::move(entry));
+    }
+}
+
+void TagList::AssignOrAppend(const Entry& entry) {
+    if ((entry.tag & TagFlag_Repeatable) != 0) {
+        entries_.push_back(entry);
+    } else {
+        Assign(entry);
     }
 }
 
 void TagList::SetNumber(Tag tag, int64_t integer, double number) {
     switch (KindOf(tag)) {
-    case TagKind_Integer: return Assign({tag, TagItem::FromInt(integer)}, nullptr);
-    case TagKind_Double: return Assign({tag, TagItem::FromDouble(number)}, nullptr);
+    case TagKind_Integer: return Assign(Entry({tag, TagItem::FromInt(integer)}));
+    case TagKind_Double: return Assign(Entry({tag, TagItem::FromDouble(number)}));
     default: return;
     }
 }

@@ -2,6 +2,7 @@
 
 #include "images/ImageFormats.h"
 #include "images/ImageTypes.h"
+#include "images/PngChunks.h"
 #include "images/QuietStandardError.h"
 #include "media/ToolError.h"
 
@@ -9,8 +10,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -54,6 +57,18 @@ ImageFileInfo Describe(const std::string& format, const OIIO::ImageSpec& spec) {
 
 bool SizeFits(int64_t width, int64_t height, int64_t channels) {
     return width <= kMaxSide && height <= kMaxSide && width * height * channels <= kMaxValues;
+}
+
+void CheckReadable(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error))
+        throw ToolError(ExitStatus::CannotOpen, path, "no such file");
+    if (!std::ifstream(path)) throw ToolError(ExitStatus::CannotOpen, path, std::strerror(errno));
+}
+
+std::string CauseOf(const OIIO::ImageInput& input) {
+    const std::string cause = input.geterror();
+    return cause.empty() ? "not a readable image" : cause;
 }
 
 void CheckSpec(const std::string& path, const OIIO::ImageSpec& spec) {
@@ -122,18 +137,18 @@ struct ImageFileReader::File {
 };
 
 ImageFileReader::ImageFileReader(const std::string& path) : path_(path), file_(new File) {
+    CheckReadable(path);
     const ImageFormat* format = FindImageFormat(path);
-    std::error_code error;
-    if (!std::filesystem::exists(path, error)) throw ToolError(ExitStatus::CannotOpen, path, "no such file");
     if (format == nullptr) throw ToolError(ExitStatus::Unsupported, path, "not a kind of image that is read");
+    if (format->name == "png" && !PngChunksAreWhole(path))
+        throw ToolError(ExitStatus::Damaged, path, "not a whole PNG file");
     const QuietStandardError quiet;
     file_->input = OIIO::ImageInput::create(std::string(format->name));
+    if (!file_->input) throw ToolError(ExitStatus::Unsupported, path, OIIO::geterror());
     OIIO::ImageSpec config;
     config["oiio:UnassociatedAlpha"] = 1;
-    if (file_->input == nullptr || !file_->input->open(path, file_->spec, config)) {
-        const std::string cause = file_->input ? file_->input->geterror() : OIIO::geterror();
-        throw ToolError(ExitStatus::CannotOpen, path, cause.empty() ? "not a readable image" : cause);
-    }
+    if (!file_->input->open(path, file_->spec, config))
+        throw ToolError(ExitStatus::Damaged, path, CauseOf(*file_->input));
     CheckSpec(path, file_->spec);
     info_ = Describe(std::string(format->name), file_->spec);
 }
@@ -154,7 +169,7 @@ HostImage ImageFileReader::Read() {
     pixels.bytes.resize(static_cast<size_t>(spec.width) * spec.height * spec.nchannels * type.size());
     const QuietStandardError quiet;
     if (!file_->input->read_image(0, 0, 0, spec.nchannels, type, pixels.bytes.data()))
-        throw ToolError(ExitStatus::Damaged, path_, file_->input->geterror());
+        throw ToolError(ExitStatus::Damaged, path_, CauseOf(*file_->input));
     const ChannelMap map = MapChannels(spec);
     if (map[3] < 0) FillAlpha(*image, OpaqueValue(info_.kind), type.size());
     for (int row = 0; row < pixels.height; ++row) {

@@ -24,7 +24,7 @@ class ImageFileReader {
 public:
     /// Opens a file and reads its header.
     /// @throw ToolError: cannot open; damaged for a broken header or a size of 0; unsupported for a size that
-    ///         the command doesn't take
+    ///                   the command doesn't take
     explicit ImageFileReader(const std::string& path);
     ~ImageFileReader();
 

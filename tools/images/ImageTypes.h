@@ -16,7 +16,7 @@ inline OIIO::TypeDesc ChannelType(ImageDataKind kind) {
 }
 
 /// Host image that holds values of this type; integers beyond 16 bits become floats.
-inline ImageDataKind KindOf(OIIO::TypeDesc type) {
+inline ImageDataKind KindOf(const OIIO::TypeDesc& type) {
     if (type == OIIO::TypeDesc::UINT8) return ImageData_RGBA8;
     if (type == OIIO::TypeDesc::HALF) return ImageData_RGBAHalf;
     if (type == OIIO::TypeDesc::UINT16) return ImageData_RGBA16;

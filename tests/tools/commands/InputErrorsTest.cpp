@@ -99,7 +99,7 @@ TEST(InputErrors, AnEmptyImageIsDamaged) {
     const Workspace workspace;
     workspace.Write("n.png", "");
     const ProgramRun run = RunTool(workspace, "encode n.png -o a.mov" + std::string(kRgb));
-    ExpectFailure(run, 3, "n.png");
+    ExpectFailure(run, 4, "n.png");
 }
 
 TEST(InputErrors, AnOutputInADirectoryThatIsNotThereCannotBeWritten) {

@@ -164,11 +164,21 @@ TEST(ImageFile, PlacesTheDataWindowInTheWholePicture) {
     EXPECT_EQ(PixelAt(*image, 4, 4).R, 0.0f);
 }
 
-TEST(ImageFile, CantBeOpenedIfItIsNotThereOrNoImage) {
+TEST(ImageFile, CantBeOpenedIfItIsNotThere) {
     const Workspace workspace;
-    workspace.Write("text.exr", "this is no image");
     EXPECT_EQ(StatusOfReading(workspace.Path("none.exr")), ExitStatus::CannotOpen);
-    EXPECT_EQ(StatusOfReading(workspace.Path("text.exr")), ExitStatus::CannotOpen);
+    std::filesystem::create_directory(workspace.Path("directory.exr"));
+    EXPECT_EQ(StatusOfReading(workspace.Path("directory.exr")), ExitStatus::CannotOpen);
+}
+
+TEST(ImageFile, IsDamagedIfItIsNoImage) {
+    const Workspace workspace;
+    for (const char* name : {"text.exr", "text.png", "text.tif", "text.dpx"}) {
+        workspace.Write(name, "this is no image");
+        EXPECT_EQ(StatusOfReading(workspace.Path(name)), ExitStatus::Damaged) << name;
+        workspace.Write(name, "");
+        EXPECT_EQ(StatusOfReading(workspace.Path(name)), ExitStatus::Damaged) << name;
+    }
 }
 
 TEST(ImageFile, IsDamagedIfItBreaksOff) {
