@@ -36,9 +36,8 @@ public:
     /// Writes the image in the packing `frame.codecTag` into a new buffer, which is stored in `frame.data`
     /// with its size and belongs to the caller. A buffer that `frame.data` named before is not used and stays
     /// the caller's. On failure `frame` is as it was.
-    /// @return `CxAV_INVALID_STATE` without an image or if the conversion fails, for lack of memory or a
-    /// frame
-    ///         of 4 GiB or more; `CxAV_UNSUPPORTED` for a tag that the format table doesn't have
+    /// @return `CxAV_INVALID_STATE` without an image, for a frame of 4 GiB or more, if the conversion fails
+    ///         or if memory is short; `CxAV_UNSUPPORTED` for a tag that the format table doesn't have
     CxAVError EncodeFrame(Image*& image, CxEncodedFrame& frame) override;
 
 private:
@@ -49,6 +48,5 @@ private:
     uint32_t fourCC = 0; ///< the source's
 };
 
-/// The registered factory, for `CxAbstractAVCodec::isTypeOf` inside the module; null if registration refused
-/// it.
+/// The registered factory, for `CxAbstractAVCodec::isTypeOf` inside the module; null if it refused.
 extern CxAbstractCodecFactory* g_UncompressedFactory;

@@ -28,7 +28,7 @@ enum CxAVError : int32_t {
     CxAV_NEED_MORE_DATA = -2, ///< the decoder has taken the sample and has no output yet
     CxAV_READ_FAILED = -3,    ///< the data source returned no sample
     CxAV_INVALID_STATE = -5,  ///< missing source or image, negative or unknown frame, failed conversion
-    CxAV_UNSUPPORTED = -6, ///< no engine for this stream, or an encoder code that the back-end doesn't know
+    CxAV_UNSUPPORTED = -6,    ///< no engine for this stream, or an encoder code that is not known
 };
 
 /// One row of an encoder catalogue.

@@ -41,12 +41,12 @@ public:
     virtual uint32_t GetFourCC() = 0;
     /// The sample that carries a frame; negative if there is none.
     virtual int32_t GetSampleForFrame(int32_t frame) = 0;
-    /// 1 progressive; 2 top field first; 3 bottom field first; 4 and 5 the same two with the fields coded in
-    /// the other order (top coded first, bottom coded first).
+    /// 1 progressive; 2 top field first; 3 bottom field first; 4 top field coded first, bottom field shown
+    /// first; 5 bottom field coded first, top field shown first.
     virtual int32_t GetFieldOrder() = 0;
     /// 2 full range, anything else video range.
     virtual int32_t GetColorRange() = 0;
-    /// 3 BT.601, 4 SMPTE 240M, 5 BT.2020, anything else BT.709.
+    /// 3 BT.601, 4 SMPTE 240M, 5 BT.2020 with constant luminance, anything else BT.709.
     virtual int32_t GetColorMatrix() = 0;
     /// 2 BT.601 with 625 lines, 3 SMPTE 240M, 4 BT.2020, anything else BT.709.
     virtual int32_t GetColorPrimaries() = 0;
@@ -75,7 +75,7 @@ public:
     /// Run once when the registry is torn down, before the factory is deleted.
     virtual void Shutdown() {}
     /// The name that registration gave; empty before.
-    virtual const std::string& GetName() { return name; }
+    virtual const std::string& GetName() const { return name; }
     virtual ~CxAbstractCodecFactory() = default;
 
     std::string name; ///< empty until `CxAVCodecRegistry::AddCodec` sets it
@@ -157,7 +157,11 @@ public:
     }
     bool FillCodecInfo(std::set<uint32_t>& decoderFourCCs, std::vector<CxEncoderInfo>& encoders,
                        std::string& name) override {
-        return T::FillCodecInfo(decoderFourCCs, encoders, name);
+        try {
+            return T::FillCodecInfo(decoderFourCCs, encoders, name);
+        } catch (...) {
+            return false;
+        }
     }
     void Shutdown() override {
         if constexpr (requires { T::Shutdown(); }) T::Shutdown();

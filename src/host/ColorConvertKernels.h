@@ -31,6 +31,11 @@ struct ColorRow {
 /// half.
 inline constexpr float colorFloatLimit = 65504.0f;
 
+/// Chroma of a single pixel is limited to this many codes before it is filtered: up to here lines tell a
+/// fraction of a code, so that what is left of strong colours that cancel out is exact. Beyond it every
+/// layout with fewer chroma samples than pixels is at its limit by far.
+inline constexpr float colorChromaLimit = 1 << 20;
+
 /// The stages of a conversion, each over one row. All stages of all instruction sets give the same bits. No
 /// byte outside the `count` elements is read or written in a buffer or an image, and nothing is aligned.
 struct ColorKernels {

@@ -2,6 +2,7 @@
 
 #include "host/ColorConvertSamples.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -21,6 +22,8 @@ float WeighRgb(const ColorFromRgb::Weights& weights, Real red, Real green, Real 
                      static_cast<Real>(weights[2]) * blue;
     return static_cast<float>(sum + static_cast<Real>(offset));
 }
+
+inline float LimitChroma(float code) { return std::min(std::max(code, -colorChromaLimit), colorChromaLimit); }
 
 /// The stages of `ColorKernels` in their scalar form, over the elements from `begin` to before `end` of a
 /// row. The vector forms finish their rows with it.
@@ -197,8 +200,8 @@ struct Steps {
             const Real blue = Channel::Load(pixel[2]);
             const Real alpha = Channel::Load(pixel[3]);
             lines.luma[x] = WeighRgb(matrix.luma, red, green, blue, matrix.black);
-            lines.cb[x] = WeighRgb(matrix.cb, red, green, blue, matrix.zero);
-            lines.cr[x] = WeighRgb(matrix.cr, red, green, blue, matrix.zero);
+            lines.cb[x] = LimitChroma(WeighRgb(matrix.cb, red, green, blue, matrix.zero));
+            lines.cr[x] = LimitChroma(WeighRgb(matrix.cr, red, green, blue, matrix.zero));
             lines.alpha[x] = static_cast<float>(alpha * static_cast<Real>(matrix.alpha));
         }
     }

@@ -233,6 +233,11 @@ HWY_INLINE VReal<Real> Weigh(const ColorFromRgb::Weights& weights, double offset
     return hn::Add(hn::Add(hn::Add(red, green), blue), Set<Real>(offset));
 }
 
+template <typename Real>
+HWY_INLINE VReal<Real> LimitChroma(VReal<Real> codes) {
+    return hn::Min(hn::Max(codes, Set<Real>(-colorChromaLimit)), Set<Real>(colorChromaLimit));
+}
+
 // ---------------------------------------------------------------------------------------------------------
 
 /// As `PackSteps`: whole blocks, and the rest of the row in scalar form.
@@ -267,8 +272,8 @@ struct ImageSteps {
         for (; x + block <= end; x += block) {
             const auto loaded = LoadPixels<Real, Channel>(pixels + x * pixelBytes);
             StoreLine<Real>(Weigh<Real>(matrix.luma, matrix.black, loaded), lines.luma, x);
-            StoreLine<Real>(Weigh<Real>(matrix.cb, matrix.zero, loaded), lines.cb, x);
-            StoreLine<Real>(Weigh<Real>(matrix.cr, matrix.zero, loaded), lines.cr, x);
+            StoreLine<Real>(LimitChroma<Real>(Weigh<Real>(matrix.cb, matrix.zero, loaded)), lines.cb, x);
+            StoreLine<Real>(LimitChroma<Real>(Weigh<Real>(matrix.cr, matrix.zero, loaded)), lines.cr, x);
             StoreLine<Real>(hn::Mul(loaded.alpha, Set<Real>(matrix.alpha)), lines.alpha, x);
         }
         Scalar::FromImage<Real, Channel>(pixels, matrix, lines, x, end);

@@ -16,7 +16,7 @@ struct IndexLoop {
     std::atomic<bool> begun = false;
     std::atomic<int> done = 0; ///< indices dealt with so far
     std::atomic<bool> failed = false;
-    std::exception_ptr failure; ///< first exception of `fn`; written by the one that set `failed`
+    std::exception_ptr failure = nullptr; ///< first exception of `fn`; written by the one that set `failed`
 
     static void Run(void* self, int first, int end) {
         IndexLoop& loop = *static_cast<IndexLoop*>(self);

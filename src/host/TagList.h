@@ -72,8 +72,9 @@ public:
     /// Text of a string or identifier tag; valid until that pair changes or the list is destroyed.
     CORVEX_HOST_API const char* GetString(Tag tag, const char* defaultValue) const;
 
-    /// Replaces the value of the first pair with this tag, be it repeatable or not, or appends one. The flag
-    /// is the host's. Every type of number finds the overload that holds all its values, or does not compile.
+    /// Replaces the value of the first pair with this tag, be it repeatable or not, or appends one. A double
+    /// under an integer tag is truncated as by `GetLong`. The flag is the host's. A type of number finds the
+    /// overload that holds all its values, or does not compile.
     CORVEX_HOST_API void Set(Tag tag, int value, bool flag);
     CORVEX_HOST_API void Set(Tag tag, uint32_t value, bool flag);
     CORVEX_HOST_API void Set(Tag tag, int64_t value, bool flag);

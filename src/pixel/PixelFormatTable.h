@@ -23,6 +23,7 @@ struct PixelRoute {
     enum class Kind : uint8_t { None, Host, Rows } kind = Kind::None;
     ColorLayout layout = {}; ///< `Kind::Host`: the layout's number in the host's colour conversion
     RowPacking packing = {}; ///< `Kind::Rows`: the packing of the row converters
+    bool inPairs = false; ///< `Kind::Host`: two pixels share chroma, and are read together if a row has both
 };
 
 /// One FourCC with all that is known of it.
@@ -39,16 +40,17 @@ namespace pixel_formats {
 inline constexpr PixelRowSize noRow;
 inline constexpr PixelRoute none;
 constexpr PixelRoute Host(ColorLayout layout) { return {PixelRoute::Kind::Host, layout, {}}; }
+constexpr PixelRoute HostPairs(ColorLayout layout) { return {PixelRoute::Kind::Host, layout, {}, true}; }
 constexpr PixelRoute Rows(RowPacking packing) { return {PixelRoute::Kind::Rows, {}, packing}; }
 
 // The directions and row sizes that are missing are so on purpose, and kept: codes without a row size are
-// used by callers who know theirs, `nv12` and `rp16` are only read, `y416` is only written, and `raw `, `rgb
-// ` and `2Vuy` have a size but no road: callers change them to 32, 24 and `2vuy` first.
+// used by callers who know theirs, `nv12` and `rp16` are only read, `y416` is only written, and three codes
+// have a size but no road: callers change `raw `, `rgb ` and `2Vuy` to 32, 24 and `2vuy` first.
 inline constexpr std::array<PixelFormat, 31> all = {{
     {24, {3}, {3}, Rows(RowPacking::Rgb24), Rows(RowPacking::Rgb24)},
     {32, {4}, {4}, Rows(RowPacking::Argb32), Rows(RowPacking::Argb32)},
     {FourCC("24BG"), noRow, {3}, Rows(RowPacking::Bgr24), Rows(RowPacking::Bgr24)},
-    {FourCC("2vuy"), {2}, {2}, Host(ColorLayout_2vuy), Host(ColorLayout_2vuy)},
+    {FourCC("2vuy"), {2}, {2}, HostPairs(ColorLayout_2vuy), HostPairs(ColorLayout_2vuy)},
     {FourCC("2Vuy"), {2}, {2}, none, none},
     {FourCC("ABGR"), noRow, {4}, Rows(RowPacking::Abgr32), Rows(RowPacking::Abgr32)},
     {FourCC("BGRA"), {4}, {4}, Rows(RowPacking::Bgra32), Rows(RowPacking::Bgra32)},
@@ -59,7 +61,7 @@ inline constexpr std::array<PixelFormat, 31> all = {{
     {FourCC("b64a"), {8}, {8}, Rows(RowPacking::B64a), Rows(RowPacking::B64a)},
     {FourCC("l48r"), {6}, {6}, Rows(RowPacking::L48r), Rows(RowPacking::L48r)},
     {FourCC("l64r"), {8}, {8}, Rows(RowPacking::L64r), Rows(RowPacking::L64r)},
-    {FourCC("nv12"), noRow, {2, 2}, Host(ColorLayout_nv12), none},
+    {FourCC("nv12"), noRow, {2, 2}, HostPairs(ColorLayout_nv12), none},
     {FourCC("r210"), {256, 64}, {4}, Rows(RowPacking::R210), Rows(RowPacking::R210)},
     {FourCC("r214"), noRow, {6}, Rows(RowPacking::R214), Rows(RowPacking::R214)},
     {FourCC("r408"), {4}, {4}, Host(ColorLayout_r408), Host(ColorLayout_r408)},
@@ -68,14 +70,14 @@ inline constexpr std::array<PixelFormat, 31> all = {{
     {FourCC("rgb "), {3}, {3}, none, none},
     {FourCC("rgba"), noRow, {4}, Rows(RowPacking::Rgba32), Rows(RowPacking::Rgba32)},
     {FourCC("rp16"), {2}, {2}, Rows(RowPacking::Rp16), none},
-    {FourCC("uyvy"), {2}, {2}, Host(ColorLayout_uyvy), Host(ColorLayout_uyvy)},
-    {FourCC("v210"), {128, 48}, {16, 6}, Host(ColorLayout_v210), Host(ColorLayout_v210)},
-    {FourCC("v216"), {4}, {4}, Host(ColorLayout_v216), Host(ColorLayout_v216)},
+    {FourCC("uyvy"), {2}, {2}, HostPairs(ColorLayout_uyvy), HostPairs(ColorLayout_uyvy)},
+    {FourCC("v210"), {128, 48}, {16, 6}, HostPairs(ColorLayout_v210), HostPairs(ColorLayout_v210)},
+    {FourCC("v216"), {4}, {4}, HostPairs(ColorLayout_v216), HostPairs(ColorLayout_v216)},
     {FourCC("v408"), {4}, {4}, Host(ColorLayout_v408), Host(ColorLayout_v408)},
     {FourCC("v410"), noRow, {4}, Host(ColorLayout_v410), Host(ColorLayout_v410)},
     {FourCC("y416"), {8}, {8}, none, Host(ColorLayout_y416)},
-    {FourCC("yv16"), {6}, {6}, Host(ColorLayout_yv16), Host(ColorLayout_yv16)},
-    {FourCC("yv8u"), {3}, {3}, Host(ColorLayout_yv8u), Host(ColorLayout_yv8u)},
+    {FourCC("yv16"), {6}, {6}, HostPairs(ColorLayout_yv16), HostPairs(ColorLayout_yv16)},
+    {FourCC("yv8u"), {3}, {3}, HostPairs(ColorLayout_yv8u), HostPairs(ColorLayout_yv8u)},
 }};
 
 constexpr bool CodesAreUnique() {
@@ -123,4 +125,24 @@ constexpr const PixelFormat* FindPixelFormat(uint32_t fourCC) {
     for (const PixelFormat& format : pixel_formats::all)
         if (format.fourCC == fourCC) return &format;
     return nullptr;
+}
+
+/// Bytes from the start of a blob to the last one that `PixelConvert::BlobToImage` reads for an image of this
+/// size: whole rows, and of the last row only its pixels. 0 for an image without pixels.
+/// @param rowBytes  bytes from one row to the next, 0 or more
+constexpr uint64_t BytesRead(const PixelFormat& format, int32_t width, int32_t height, int32_t rowBytes) {
+    if (width <= 0 || height <= 0) return 0;
+    const auto pixels = static_cast<uint32_t>(width);
+    const auto step = static_cast<uint64_t>(rowBytes);
+    const PixelRoute& route = format.read;
+
+    auto rows = static_cast<uint64_t>(height);
+    if (route.kind == PixelRoute::Kind::Rows && LayoutOf(route.packing).word == RowWord::Plane16)
+        rows *= LayoutOf(route.packing).channels;
+    // Rows of chroma follow those of luma, half as many.
+    if (route.kind == PixelRoute::Kind::Host && route.layout == ColorLayout_nv12) rows += (rows + 1) / 2;
+
+    const uint64_t pairs = format.least.Bytes(pixels + pixels % 2);
+    const bool endsInPair = route.inPairs && pairs <= step;
+    return (rows - 1) * step + (endsInPair ? pairs : format.least.Bytes(pixels));
 }

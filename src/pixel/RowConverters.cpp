@@ -3,14 +3,16 @@
 #include "pixel/PixelCursor.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
 namespace {
 
-int32_t Pixel::*const channels[] = {&Pixel::R, &Pixel::G, &Pixel::B, &Pixel::A};
-
-int32_t& ChannelOf(Pixel& pixel, RowChannel channel) { return pixel.*channels[static_cast<size_t>(channel)]; }
+/// Where a pixel record holds a channel.
+template <RowChannel Name>
+constexpr int32_t Pixel::*placeOf =
+    std::array{&Pixel::R, &Pixel::G, &Pixel::B, &Pixel::A}[static_cast<size_t>(Name)];
 
 bool HasFloatPixels(const Image& image) {
     return image.DataFormat != nullptr &&
@@ -33,17 +35,16 @@ int32_t FromVideoRange(int32_t word) {
     return static_cast<int32_t>(static_cast<float>(std::clamp(word, black, white) - black) * toFull);
 }
 
-template <RowScale Scale>
-int32_t ToScale(int32_t channel, RowChannel name) {
-    if constexpr (Scale == RowScale::VideoRange)
-        return name == RowChannel::A ? channel : ToVideoRange(channel);
+template <RowScale Scale, RowChannel Name>
+int32_t ToScale(int32_t channel) {
+    if constexpr (Scale == RowScale::VideoRange && Name != RowChannel::A) return ToVideoRange(channel);
     if constexpr (Scale == RowScale::FourteenBits) return static_cast<uint16_t>(channel) >> 2;
     return channel;
 }
 
-template <RowScale Scale>
-int32_t FromScale(int32_t word, RowChannel name) {
-    if constexpr (Scale == RowScale::VideoRange) return name == RowChannel::A ? word : FromVideoRange(word);
+template <RowScale Scale, RowChannel Name>
+int32_t FromScale(int32_t word) {
+    if constexpr (Scale == RowScale::VideoRange && Name != RowChannel::A) return FromVideoRange(word);
     if constexpr (Scale == RowScale::FourteenBits) return word * 4;
     return word;
 }
@@ -72,36 +73,50 @@ int32_t TakeWord(const uint8_t*& in) {
 }
 
 // ---------------------------------------------------------------------------------------------------------
-// Packings whose channels follow each other as bytes or 16-bit words
+// Packings whose channels follow each other as bytes or 16-bit words. The channels of a pixel are expanded at
+// compile time, one statement for each.
+
+template <RowPacking Packing>
+using ChannelPlaces = std::make_index_sequence<LayoutOf(Packing).channels>;
+
+/// Writes the channels of one pixel and returns the address behind them.
+template <RowPacking Packing, size_t... Place>
+uint8_t* PutPixel(const Pixel& pixel, uint8_t* out, std::index_sequence<Place...>) {
+    constexpr RowLayout layout = LayoutOf(Packing);
+    ((out = PutWord<layout.word>(
+          out, ToScale<layout.scale, layout.order[Place]>(pixel.*placeOf<layout.order[Place]>))),
+     ...);
+    return out;
+}
+
+/// Reads the channels of one pixel and steps over them.
+template <RowPacking Packing, size_t... Place>
+void TakePixel(const uint8_t*& in, Pixel& pixel, std::index_sequence<Place...>) {
+    constexpr RowLayout layout = LayoutOf(Packing);
+    ((pixel.*placeOf<layout.order[Place]> =
+          FromScale<layout.scale, layout.order[Place]>(TakeWord<layout.word, layout.isSigned>(in))),
+     ...);
+}
 
 template <RowPacking Packing>
 void WriteInterleaved(Image* image, const RowContext& context, int32_t row) {
-    constexpr RowLayout layout = LayoutOf(Packing);
     uint8_t* out = context.Row(row);
     PixelCursor cursor(image, ImageRowOf(*image, row));
     for (int32_t x = 0, width = image->Width; x < width; ++x, cursor.Step()) {
         Pixel pixel;
         cursor.Get(pixel);
-        for (size_t i = 0; i < layout.channels; ++i) {
-            const RowChannel name = layout.order[i];
-            out = PutWord<layout.word>(out, ToScale<layout.scale>(ChannelOf(pixel, name), name));
-        }
+        out = PutPixel<Packing>(pixel, out, ChannelPlaces<Packing>());
     }
 }
 
 template <RowPacking Packing>
 void ReadInterleaved(Image* image, const RowContext& context, int32_t row) {
-    constexpr RowLayout layout = LayoutOf(Packing);
     const uint8_t* in = context.Row(row);
     PixelCursor cursor(image, ImageRowOf(*image, row));
     for (int32_t x = 0, width = image->Width; x < width; ++x, cursor.Step()) {
         Pixel pixel;
         pixel.A = opaqueAlpha;
-        for (size_t i = 0; i < layout.channels; ++i) {
-            const RowChannel name = layout.order[i];
-            ChannelOf(pixel, name) =
-                FromScale<layout.scale>(TakeWord<layout.word, layout.isSigned>(in), name);
-        }
+        TakePixel<Packing>(in, pixel, ChannelPlaces<Packing>());
         cursor.Set(pixel);
     }
 }

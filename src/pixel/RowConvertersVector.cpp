@@ -23,8 +23,7 @@ namespace HWY_NAMESPACE {
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
 // Without vectors there is nothing to gain on the scalar form.
-Image::RowFunction PickWriter(RowPacking, ImageDataKind) { return nullptr; }
-Image::RowFunction PickReader(RowPacking, ImageDataKind) { return nullptr; }
+Image::RowFunction PickConverter(RowDirection, RowPacking, ImageDataKind) { return nullptr; }
 
 #else
 
@@ -73,26 +72,35 @@ HWY_INLINE V16 KeepAlpha(V16 scaled, V16 v) {
     return hn::Or(hn::And(alpha, v), hn::AndNot(alpha, scaled));
 }
 
-HWY_INLINE void StoreToBlob(V16 v, uint16_t* out) { hn::StoreU(v, D16(), out); }
-HWY_INLINE void StoreToBlob(V16 v, uint8_t* out) { hn::StoreU(HighBytes(v), D8(), out); }
+template <RowPacking Packing>
+constexpr bool hasBytes = LayoutOf(Packing).word == RowWord::Byte;
 
 template <RowPacking Packing>
-using BlobWord = std::conditional_t<LayoutOf(Packing).word == RowWord::Byte, uint8_t, uint16_t>;
+HWY_INLINE void StoreToBlob(V16 v, uint8_t* out) {
+    if constexpr (hasBytes<Packing>) {
+        hn::StoreU(HighBytes(v), D8(), out);
+    } else {
+        hn::StoreU(v, D16(), reinterpret_cast<uint16_t*>(out));
+    }
+}
 
-template <RowPacking Packing, typename T>
-HWY_INLINE void WriteFour(const T* pixels, uint8_t* out) {
-    V16 v = LoadWords(pixels);
-    if constexpr (LayoutOf(Packing).scale == RowScale::VideoRange) v = KeepAlpha(ToVideoRange(v), v);
-    v = ShuffleBytes(v, toBlobOrder<Packing>);
-    StoreToBlob(v, reinterpret_cast<BlobWord<Packing>*>(out));
+template <RowPacking Packing>
+HWY_INLINE V16 LoadFromBlob(const uint8_t* in) {
+    return LoadWords<std::conditional_t<hasBytes<Packing>, uint8_t, uint16_t>>(in);
 }
 
 template <RowPacking Packing, typename T>
-HWY_INLINE void ReadFour(const uint8_t* in, T* pixels) {
-    V16 v = LoadWords(reinterpret_cast<const BlobWord<Packing>*>(in));
-    v = ShuffleBytes(v, toImageOrder<Packing>);
+HWY_INLINE void WriteFour(const uint8_t* pixels, uint8_t* out) {
+    V16 v = LoadChannels<T>(pixels);
+    if constexpr (LayoutOf(Packing).scale == RowScale::VideoRange) v = KeepAlpha(ToVideoRange(v), v);
+    StoreToBlob<Packing>(ShuffleBytes(v, toBlobOrder<Packing>), out);
+}
+
+template <RowPacking Packing, typename T>
+HWY_INLINE void ReadFour(const uint8_t* in, uint8_t* pixels) {
+    V16 v = ShuffleBytes(LoadFromBlob<Packing>(in), toImageOrder<Packing>);
     if constexpr (LayoutOf(Packing).scale == RowScale::VideoRange) v = KeepAlpha(FromVideoRange(v), v);
-    StoreToImage(v, pixels);
+    StoreChannels<T>(v, pixels);
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -116,7 +124,7 @@ HWY_INLINE V16 FromWord(V16 v) {
 
 template <RowPacking Packing>
 HWY_INLINE void StoreThree(V16 w0, V16 w1, V16 w2, uint8_t* out) {
-    if constexpr (LayoutOf(Packing).word == RowWord::Byte) {
+    if constexpr (hasBytes<Packing>) {
         hn::StoreInterleaved3(HighBytes(w0), HighBytes(w1), HighBytes(w2), D8(), out);
     } else {
         hn::StoreInterleaved3(ToWord<Packing>(w0), ToWord<Packing>(w1), ToWord<Packing>(w2), D16(),
@@ -126,7 +134,7 @@ HWY_INLINE void StoreThree(V16 w0, V16 w1, V16 w2, uint8_t* out) {
 
 template <RowPacking Packing>
 HWY_INLINE void LoadThree(const uint8_t* in, V16& w0, V16& w1, V16& w2) {
-    if constexpr (LayoutOf(Packing).word == RowWord::Byte) {
+    if constexpr (hasBytes<Packing>) {
         V8 v0, v1, v2;
         hn::LoadInterleaved3(D8(), in, v0, v1, v2);
         w0 = Widen(v0);
@@ -171,131 +179,101 @@ HWY_INLINE int64_t BlockWidth() {
 }
 
 template <RowPacking Packing, typename T>
-HWY_INLINE void WriteBlock(const T* pixels, uint8_t* out) {
+HWY_INLINE void WriteBlock(const uint8_t* pixels, uint8_t* out) {
     constexpr RowLayout layout = LayoutOf(Packing);
-    if constexpr (layout.channels == 4) return WriteFour<Packing>(pixels, out);
+    if constexpr (layout.channels == 4) return WriteFour<Packing, T>(pixels, out);
     V16 r, g, b;
     if constexpr (layout.word == RowWord::TenBits) {
-        LoadTenBitPixels(pixels, r, g, b);
+        LoadTenBitPixels<T>(pixels, r, g, b);
         return StoreTenBits(r, g, b, out);
     }
-    LoadPixels(pixels, r, g, b);
+    LoadPixels<T>(pixels, r, g, b);
     const bool redFirst = layout.order[0] == RowChannel::R;
     StoreThree<Packing>(redFirst ? r : b, g, redFirst ? b : r, out);
 }
 
 /// @param planeBytes  from one plane to the next, for packings of planes
 template <RowPacking Packing, typename T>
-HWY_INLINE void ReadBlock(const uint8_t* in, int64_t planeBytes, T* pixels) {
+HWY_INLINE void ReadBlock(const uint8_t* in, int64_t planeBytes, uint8_t* pixels) {
     constexpr RowLayout layout = LayoutOf(Packing);
-    if constexpr (layout.channels == 4) return ReadFour<Packing>(in, pixels);
+    if constexpr (layout.channels == 4) return ReadFour<Packing, T>(in, pixels);
     V16 r, g, b;
     if constexpr (layout.word == RowWord::TenBits) {
         LoadTenBits(in, r, g, b);
-        return StoreOpaqueTenBitPixels(r, g, b, pixels);
+        return StoreOpaqueTenBitPixels<T>(r, g, b, pixels);
     } else if constexpr (layout.word == RowWord::Plane16) {
-        r = LoadWords(reinterpret_cast<const uint16_t*>(in));
-        g = LoadWords(reinterpret_cast<const uint16_t*>(in + planeBytes));
-        b = LoadWords(reinterpret_cast<const uint16_t*>(in + 2 * planeBytes));
+        r = LoadFromBlob<Packing>(in);
+        g = LoadFromBlob<Packing>(in + planeBytes);
+        b = LoadFromBlob<Packing>(in + 2 * planeBytes);
     } else if constexpr (layout.order[0] == RowChannel::R) {
         LoadThree<Packing>(in, r, g, b);
     } else {
         LoadThree<Packing>(in, b, g, r);
     }
-    StoreOpaquePixels(r, g, b, pixels);
+    StoreOpaquePixels<T>(r, g, b, pixels);
 }
 
 // ---------------------------------------------------------------------------------------------------------
 // Rows. A row shorter than a block goes the scalar way.
 
-template <RowPacking Packing, typename T>
-void WriteRow(Image* image, void* opaque, int row) {
+template <RowDirection Direction, RowPacking Packing, typename T>
+void ConvertRow(Image* image, void* opaque, int row) {
+    constexpr bool isWrite = Direction == RowDirection::ToBlob;
     const int64_t block = BlockWidth<Packing>();
     const int64_t width = image->Width;
-    if (width < block) return ScalarRowWriter(Packing)(image, opaque, row);
-    const auto* pixels = reinterpret_cast<const T*>(image->RowAddress(ImageRowOf(*image, row)));
-    uint8_t* out = static_cast<const RowContext*>(opaque)->Row(row);
-    for (int64_t next = 0; next < width; next += block) {
-        const int64_t x = std::min(next, width - block);
-        WriteBlock<Packing>(pixels + 4 * x, out + x * LayoutOf(Packing).BytesPerPixel());
-    }
-}
-
-template <RowPacking Packing, typename T>
-void ReadRow(Image* image, void* opaque, int row) {
-    const int64_t block = BlockWidth<Packing>();
-    const int64_t width = image->Width;
-    if (width < block) return ScalarRowReader(Packing)(image, opaque, row);
+    if (width < block) return (isWrite ? ScalarRowWriter : ScalarRowReader)(Packing)(image, opaque, row);
     const RowContext& context = *static_cast<const RowContext*>(opaque);
-    const int64_t planeBytes = int64_t{context.rowBytes} * image->Height;
-    auto* pixels = reinterpret_cast<T*>(image->RowAddress(ImageRowOf(*image, row)));
-    const uint8_t* in = context.Row(row);
+    uint8_t* pixels = image->RowAddress(ImageRowOf(*image, row));
+    uint8_t* packed = context.Row(row);
     for (int64_t next = 0; next < width; next += block) {
         const int64_t x = std::min(next, width - block);
-        ReadBlock<Packing>(in + x * LayoutOf(Packing).BytesPerPixel(), planeBytes, pixels + 4 * x);
+        uint8_t* pixel = pixels + x * static_cast<int64_t>(4 * sizeof(T));
+        uint8_t* word = packed + x * LayoutOf(Packing).BytesPerPixel();
+        if constexpr (isWrite) {
+            WriteBlock<Packing, T>(pixel, word);
+        } else {
+            ReadBlock<Packing, T>(word, int64_t{context.rowBytes} * image->Height, pixel);
+        }
     }
 }
 
 // ---------------------------------------------------------------------------------------------------------
-// One converter for each packing
+// One converter for each direction and packing
 
 using RowFunctions = std::array<Image::RowFunction, rowPackingCount>;
 
-template <RowPacking Packing, typename T>
-constexpr Image::RowFunction WriterOf() {
-    if constexpr (IsWritable(Packing)) {
-        return &WriteRow<Packing, T>;
+template <RowDirection Direction, RowPacking Packing, typename T>
+constexpr Image::RowFunction ConverterOf() {
+    if constexpr (Direction == RowDirection::ToImage || IsWritable(Packing)) {
+        return &ConvertRow<Direction, Packing, T>;
     } else {
         return nullptr;
     }
 }
 
-template <typename T, size_t... I>
-constexpr RowFunctions Writers(std::index_sequence<I...>) {
-    return {WriterOf<static_cast<RowPacking>(I), T>()...};
-}
-
-template <typename T, size_t... I>
-constexpr RowFunctions Readers(std::index_sequence<I...>) {
-    return {&ReadRow<static_cast<RowPacking>(I), T>...};
+template <RowDirection Direction, typename T, size_t... I>
+constexpr RowFunctions ConvertersOf(std::index_sequence<I...>) {
+    return {ConverterOf<Direction, static_cast<RowPacking>(I), T>()...};
 }
 
 template <typename T>
-Image::RowFunction WriterFor(RowPacking packing) {
+Image::RowFunction ConverterFor(RowDirection direction, RowPacking packing) {
     if constexpr (std::is_same_v<T, hwy::float16_t> && !hasHalves) {
         return nullptr;
     } else {
-        static constexpr RowFunctions writers = Writers<T>(std::make_index_sequence<rowPackingCount>());
-        return writers[static_cast<size_t>(packing)];
+        using All = std::make_index_sequence<rowPackingCount>;
+        static constexpr RowFunctions writers = ConvertersOf<RowDirection::ToBlob, T>(All());
+        static constexpr RowFunctions readers = ConvertersOf<RowDirection::ToImage, T>(All());
+        return (direction == RowDirection::ToBlob ? writers : readers)[static_cast<size_t>(packing)];
     }
 }
 
-template <typename T>
-Image::RowFunction ReaderFor(RowPacking packing) {
-    if constexpr (std::is_same_v<T, hwy::float16_t> && !hasHalves) {
-        return nullptr;
-    } else {
-        static constexpr RowFunctions readers = Readers<T>(std::make_index_sequence<rowPackingCount>());
-        return readers[static_cast<size_t>(packing)];
-    }
-}
-
-Image::RowFunction PickWriter(RowPacking packing, ImageDataKind kind) {
+Image::RowFunction PickConverter(RowDirection direction, RowPacking packing, ImageDataKind kind) {
     switch (kind) {
-    case ImageData_RGBA8: return WriterFor<uint8_t>(packing);
-    case ImageData_RGBA16: return WriterFor<uint16_t>(packing);
-    case ImageData_RGBAHalf: return WriterFor<hwy::float16_t>(packing);
-    case ImageData_RGBAFloat: return WriterFor<float>(packing);
-    }
-    return nullptr;
-}
-
-Image::RowFunction PickReader(RowPacking packing, ImageDataKind kind) {
-    switch (kind) {
-    case ImageData_RGBA8: return ReaderFor<uint8_t>(packing);
-    case ImageData_RGBA16: return ReaderFor<uint16_t>(packing);
-    case ImageData_RGBAHalf: return ReaderFor<hwy::float16_t>(packing);
-    case ImageData_RGBAFloat: return ReaderFor<float>(packing);
+    case ImageData_RGBA8: return ConverterFor<uint8_t>(direction, packing);
+    case ImageData_RGBA16: return ConverterFor<uint16_t>(direction, packing);
+    case ImageData_RGBAHalf: return ConverterFor<hwy::float16_t>(direction, packing);
+    case ImageData_RGBAFloat: return ConverterFor<float>(direction, packing);
     }
     return nullptr;
 }
@@ -312,37 +290,28 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "words are moved as they stand in memory");
 
-HWY_EXPORT(PickWriter);
-HWY_EXPORT(PickReader);
-
-constexpr int32_t ChannelBytes(ImageDataKind kind) {
-    switch (kind) {
-    case ImageData_RGBA8: return 1;
-    case ImageData_RGBA16: return 2;
-    case ImageData_RGBAHalf: return 2;
-    case ImageData_RGBAFloat: return 4;
-    }
-    return 0;
-}
-
-ImageDataKind KindOf(const Image& image) { return static_cast<ImageDataKind>(image.DataFormat->Kind); }
+HWY_EXPORT(PickConverter);
 
 /// Whether the image's pixels stand in memory as the host lays its kinds out, with nothing between them.
 bool IsPlain(const Image& image) {
     return image.HasHostAccessors() && image.HasMainData() &&
-           image.PixelStride == 4 * ChannelBytes(KindOf(image));
+           image.PixelStride == static_cast<int32_t>(image.DataFormat->BytesPerPixel);
+}
+
+Image::RowFunction ConverterFor(RowDirection direction, RowPacking packing, const Image& image) {
+    if (!IsPlain(image)) return nullptr;
+    const auto kind = static_cast<ImageDataKind>(image.DataFormat->Kind);
+    return HWY_DYNAMIC_DISPATCH(PickConverter)(direction, packing, kind);
 }
 
 } // namespace
 } // namespace row_vector
 
 Image::RowFunction VectorRowWriter(RowPacking packing, const Image& image) {
-    using namespace row_vector;
-    return IsPlain(image) ? HWY_DYNAMIC_DISPATCH(PickWriter)(packing, KindOf(image)) : nullptr;
+    return row_vector::ConverterFor(RowDirection::ToBlob, packing, image);
 }
 
 Image::RowFunction VectorRowReader(RowPacking packing, const Image& image) {
-    using namespace row_vector;
-    return IsPlain(image) ? HWY_DYNAMIC_DISPATCH(PickReader)(packing, KindOf(image)) : nullptr;
+    return row_vector::ConverterFor(RowDirection::ToImage, packing, image);
 }
 #endif

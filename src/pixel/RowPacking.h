@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -22,6 +23,9 @@ enum class RowPacking : uint8_t {
     Rp16,
 };
 inline constexpr size_t rowPackingCount = 14;
+
+/// Which way pixels go.
+enum class RowDirection : uint8_t { ToBlob, ToImage };
 
 /// A channel, numbered by its place in a pixel record.
 enum class RowChannel : uint8_t { R, G, B, A };
@@ -61,14 +65,6 @@ struct RowLayout {
         case RowWord::Plane16: return 2;
         }
         return 0;
-    }
-
-    /// Place in memory of a channel that the packing has.
-    constexpr size_t PlaceOf(RowChannel channel) const {
-        size_t place = 0;
-        while (order[place] != channel)
-            ++place;
-        return place;
     }
 };
 
@@ -116,12 +112,14 @@ constexpr const RowLayout& LayoutOf(RowPacking packing) {
 constexpr bool IsWritable(RowPacking packing) { return packing != RowPacking::Rp16; }
 
 /// Video range of 16-bit words and the factors to and from it: 56064 / 65535, the nearest single-precision
-/// number (bits 0x3F5B00DB), and its inverse (bits 0x3F959F90). Products and sums are rounded one by one.
+/// number, and its inverse. Products and sums are rounded one by one.
 namespace video_range16 {
 inline constexpr int32_t black = 4096;
 inline constexpr int32_t white = 60160;
 inline constexpr float fromFull = 0.8554818f;
 inline constexpr float toFull = 1.168932f;
+static_assert(std::bit_cast<uint32_t>(fromFull) == 0x3F5B00DB);
+static_assert(std::bit_cast<uint32_t>(toFull) == 0x3F959F90);
 } // namespace video_range16
 
 /// Video range of 10-bit values.

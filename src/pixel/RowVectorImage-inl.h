@@ -1,5 +1,6 @@
 // Image pixels of each kind to and from vectors of 16-bit words, with the results of the host's accessors.
-// For inclusion once for each instruction set, as Highway does it.
+// Addresses are of bytes and need no alignment; T is the type of the image's channels. For inclusion once for
+// each instruction set, as Highway does it.
 
 #if defined(CORVEX_PIXEL_ROW_VECTOR_IMAGE_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef CORVEX_PIXEL_ROW_VECTOR_IMAGE_INL_H
@@ -24,21 +25,38 @@ namespace hn = hwy::HWY_NAMESPACE;
 template <typename T>
 concept FloatChannel = std::same_as<T, float> || std::same_as<T, hwy::float16_t>;
 
-/// Whether this instruction set converts half-precision numbers itself, to nearest and with all their kinds.
-constexpr bool hasHalves = HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4;
+/// Whether this instruction set is known to convert half-precision numbers itself, to nearest and with all
+/// their kinds.
+constexpr bool hasHalves = (HWY_TARGET & (HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL)) != 0;
 
 // ---------------------------------------------------------------------------------------------------------
 // Floating-point channels
 
-HWY_INLINE VFloat LoadFloats(const float* channels) { return hn::LoadU(DFloat(), channels); }
-HWY_INLINE VFloat LoadFloats(const hwy::float16_t* channels) {
-    return hn::PromoteTo(DFloat(), hn::LoadU(hn::Rebind<hwy::float16_t, DFloat>(), channels));
+template <FloatChannel T>
+HWY_INLINE VFloat LoadFloats(const uint8_t* channels) {
+    const hn::Rebind<T, DFloat> stored;
+    const auto v = hn::LoadU(stored, reinterpret_cast<const T*>(channels));
+    if constexpr (std::same_as<T, float>) {
+        return v;
+    } else {
+        return hn::PromoteTo(DFloat(), v);
+    }
 }
 
-HWY_INLINE void StoreFloats(VFloat v, float* channels) { hn::StoreU(v, DFloat(), channels); }
-HWY_INLINE void StoreFloats(VFloat v, hwy::float16_t* channels) {
-    const hn::Rebind<hwy::float16_t, DFloat> halves;
-    hn::StoreU(hn::DemoteTo(halves, v), halves, channels);
+template <FloatChannel T>
+HWY_INLINE void StoreFloats(VFloat v, uint8_t* channels) {
+    const hn::Rebind<T, DFloat> stored;
+    if constexpr (std::same_as<T, float>) {
+        hn::StoreU(v, stored, reinterpret_cast<T*>(channels));
+    } else {
+        hn::StoreU(hn::DemoteTo(stored, v), stored, reinterpret_cast<T*>(channels));
+    }
+}
+
+/// Bytes from the channels of one vector of floats to those of the next.
+template <FloatChannel T>
+HWY_INLINE size_t FloatsStep() {
+    return hn::Lanes(DFloat()) * sizeof(T);
 }
 
 /// Channels as 0..65535.
@@ -90,45 +108,51 @@ struct TenBitScale {
 };
 
 template <class Scale, FloatChannel T>
-HWY_INLINE V16 LoadScaled(const T* channels) {
-    const VInt low = Scale::FromFloats(LoadFloats(channels));
-    const VInt high = Scale::FromFloats(LoadFloats(channels + hn::Lanes(DFloat())));
+HWY_INLINE V16 LoadScaled(const uint8_t* channels) {
+    const VInt low = Scale::FromFloats(LoadFloats<T>(channels));
+    const VInt high = Scale::FromFloats(LoadFloats<T>(channels + FloatsStep<T>()));
     return hn::Combine(D16(), hn::DemoteTo(DHalf16(), high), hn::DemoteTo(DHalf16(), low));
 }
 
 template <class Scale, FloatChannel T>
-HWY_INLINE void StoreScaled(V16 v, T* channels) {
-    StoreFloats(Scale::ToFloats(hn::PromoteTo(DInt(), hn::LowerHalf(DHalf16(), v))), channels);
-    StoreFloats(Scale::ToFloats(hn::PromoteTo(DInt(), hn::UpperHalf(DHalf16(), v))),
-                channels + hn::Lanes(DFloat()));
+HWY_INLINE void StoreScaled(V16 v, uint8_t* channels) {
+    StoreFloats<T>(Scale::ToFloats(hn::PromoteTo(DInt(), hn::LowerHalf(DHalf16(), v))), channels);
+    StoreFloats<T>(Scale::ToFloats(hn::PromoteTo(DInt(), hn::UpperHalf(DHalf16(), v))),
+                   channels + FloatsStep<T>());
 }
 
 // ---------------------------------------------------------------------------------------------------------
 // One vector of channels as they follow each other
 
-HWY_INLINE V16 LoadWords(const uint16_t* in) { return hn::LoadU(D16(), in); }
-HWY_INLINE V16 LoadWords(const uint8_t* in) { return Widen(hn::LoadU(D8(), in)); }
-template <FloatChannel T>
-HWY_INLINE V16 LoadWords(const T* in) {
-    return LoadScaled<FullScale>(in);
+template <typename T>
+HWY_INLINE V16 LoadChannels(const uint8_t* channels) {
+    if constexpr (FloatChannel<T>) {
+        return LoadScaled<FullScale, T>(channels);
+    } else {
+        return LoadWords<T>(channels);
+    }
 }
 
-HWY_INLINE void StoreToImage(V16 v, uint16_t* pixels) { hn::StoreU(v, D16(), pixels); }
-HWY_INLINE void StoreToImage(V16 v, uint8_t* pixels) { hn::StoreU(RoundToBytes(v), D8(), pixels); }
-template <FloatChannel T>
-HWY_INLINE void StoreToImage(V16 v, T* pixels) {
-    StoreScaled<FullScale>(v, pixels);
+template <typename T>
+HWY_INLINE void StoreChannels(V16 v, uint8_t* channels) {
+    if constexpr (FloatChannel<T>) {
+        StoreScaled<FullScale, T>(v, channels);
+    } else if constexpr (std::same_as<T, uint8_t>) {
+        hn::StoreU(RoundToBytes(v), D8(), channels);
+    } else {
+        hn::StoreU(v, D16(), reinterpret_cast<T*>(channels));
+    }
 }
 
 // ---------------------------------------------------------------------------------------------------------
 // As many pixels as a vector has words, with a vector for each channel
 
-HWY_INLINE void LoadPixels(const uint16_t* pixels, V16& r, V16& g, V16& b) {
+HWY_INLINE void LoadWordPixels(const uint16_t* pixels, V16& r, V16& g, V16& b) {
     V16 a;
     hn::LoadInterleaved4(D16(), pixels, r, g, b, a);
 }
 
-HWY_INLINE void LoadPixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
+HWY_INLINE void LoadBytePixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
     V8 r8, g8, b8, a8;
     hn::LoadInterleaved4(D8(), pixels, r8, g8, b8, a8);
     r = Widen(r8);
@@ -137,58 +161,62 @@ HWY_INLINE void LoadPixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
 }
 
 template <class Scale, FloatChannel T>
-HWY_INLINE void LoadScaledPixels(const T* pixels, V16& r, V16& g, V16& b) {
+HWY_INLINE void LoadScaledPixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
     const size_t lanes = hn::Lanes(D16());
     HWY_ALIGN uint16_t words[4 * hn::MaxLanes(D16())];
     for (size_t i = 0; i < 4; ++i)
-        hn::Store(LoadScaled<Scale>(pixels + i * lanes), D16(), words + i * lanes);
-    LoadPixels(words, r, g, b);
+        hn::Store(LoadScaled<Scale, T>(pixels + i * lanes * sizeof(T)), D16(), words + i * lanes);
+    LoadWordPixels(words, r, g, b);
 }
 
-template <FloatChannel T>
-HWY_INLINE void LoadPixels(const T* pixels, V16& r, V16& g, V16& b) {
-    LoadScaledPixels<FullScale>(pixels, r, g, b);
-}
-
-HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, uint16_t* pixels) {
-    hn::StoreInterleaved4(r, g, b, hn::Set(D16(), 65535), D16(), pixels);
-}
-
-HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, uint8_t* pixels) {
-    hn::StoreInterleaved4(RoundToBytes(r), RoundToBytes(g), RoundToBytes(b), hn::Set(D8(), 255), D8(),
-                          pixels);
+template <typename T>
+HWY_INLINE void LoadPixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
+    if constexpr (FloatChannel<T>) {
+        LoadScaledPixels<FullScale, T>(pixels, r, g, b);
+    } else if constexpr (std::same_as<T, uint8_t>) {
+        LoadBytePixels(pixels, r, g, b);
+    } else {
+        LoadWordPixels(reinterpret_cast<const T*>(pixels), r, g, b);
+    }
 }
 
 template <class Scale, FloatChannel T>
-HWY_INLINE void StoreOpaqueScaledPixels(V16 r, V16 g, V16 b, T* pixels) {
+HWY_INLINE void StoreOpaqueScaledPixels(V16 r, V16 g, V16 b, uint8_t* pixels) {
     const size_t lanes = hn::Lanes(D16());
     HWY_ALIGN uint16_t words[4 * hn::MaxLanes(D16())];
     hn::StoreInterleaved4(r, g, b, hn::Set(D16(), Scale::opaque), D16(), words);
     for (size_t i = 0; i < 4; ++i)
-        StoreScaled<Scale>(hn::Load(D16(), words + i * lanes), pixels + i * lanes);
+        StoreScaled<Scale, T>(hn::Load(D16(), words + i * lanes), pixels + i * lanes * sizeof(T));
 }
 
-template <FloatChannel T>
-HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, T* pixels) {
-    StoreOpaqueScaledPixels<FullScale>(r, g, b, pixels);
+template <typename T>
+HWY_INLINE void StoreOpaquePixels(V16 r, V16 g, V16 b, uint8_t* pixels) {
+    if constexpr (FloatChannel<T>) {
+        StoreOpaqueScaledPixels<FullScale, T>(r, g, b, pixels);
+    } else if constexpr (std::same_as<T, uint8_t>) {
+        hn::StoreInterleaved4(RoundToBytes(r), RoundToBytes(g), RoundToBytes(b), hn::Set(D8(), 255), D8(),
+                              pixels);
+    } else {
+        hn::StoreInterleaved4(r, g, b, hn::Set(D16(), 65535), D16(), reinterpret_cast<T*>(pixels));
+    }
 }
 
 // ---------------------------------------------------------------------------------------------------------
 // The same with channels of 10 bits in video range
 
 template <typename T>
-HWY_INLINE void LoadTenBitPixels(const T* pixels, V16& r, V16& g, V16& b) {
-    if constexpr (FloatChannel<T>) return LoadScaledPixels<TenBitScale>(pixels, r, g, b);
-    LoadPixels(pixels, r, g, b);
+HWY_INLINE void LoadTenBitPixels(const uint8_t* pixels, V16& r, V16& g, V16& b) {
+    if constexpr (FloatChannel<T>) return LoadScaledPixels<TenBitScale, T>(pixels, r, g, b);
+    LoadPixels<T>(pixels, r, g, b);
     r = TenBitsOf(r);
     g = TenBitsOf(g);
     b = TenBitsOf(b);
 }
 
 template <typename T>
-HWY_INLINE void StoreOpaqueTenBitPixels(V16 r, V16 g, V16 b, T* pixels) {
-    if constexpr (FloatChannel<T>) return StoreOpaqueScaledPixels<TenBitScale>(r, g, b, pixels);
-    StoreOpaquePixels(FromTenBits(r), FromTenBits(g), FromTenBits(b), pixels);
+HWY_INLINE void StoreOpaqueTenBitPixels(V16 r, V16 g, V16 b, uint8_t* pixels) {
+    if constexpr (FloatChannel<T>) return StoreOpaqueScaledPixels<TenBitScale, T>(r, g, b, pixels);
+    StoreOpaquePixels<T>(FromTenBits(r), FromTenBits(g), FromTenBits(b), pixels);
 }
 
 } // namespace HWY_NAMESPACE

@@ -54,6 +54,16 @@ HWY_INLINE V8 RoundToBytes(V16 v) {
     return HighBytes(hn::Sub(u, hn::ShiftRight<8>(u)));
 }
 
+/// One vector of words, or of bytes as words, from an address of any alignment.
+template <typename Word>
+HWY_INLINE V16 LoadWords(const uint8_t* in) {
+    if constexpr (sizeof(Word) == 1) {
+        return Widen(hn::LoadU(D8(), in));
+    } else {
+        return hn::LoadU(D16(), reinterpret_cast<const Word*>(in));
+    }
+}
+
 HWY_INLINE V16 SwapBytes(V16 v) { return hn::Or(hn::ShiftLeft<8>(v), hn::ShiftRight<8>(v)); }
 
 // ---------------------------------------------------------------------------------------------------------

@@ -3,27 +3,14 @@
 #include "codecs/UncompressedCodecs.h"
 
 #include "codecs/UncompressedTestSupport.h"
+#include "framework/AllocatorSpy.h"
+#include "pixel/PixelConvert.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 namespace {
-
-constexpr Pixel marker = {0x1111, 0x2222, 0x3333, 0x4444};
-
-/// A 24-bit track of 6 x 4 pixels, whose sample n is filled with the byte n + 1.
-MemoryTrackSource SmallTrack(MemoryTrackSource::Delivery delivery = MemoryTrackSource::Delivery::OwnMemory) {
-    return {24, 6, 4, {Bytes(72, 1), Bytes(72, 2), Bytes(72, 3)}, delivery};
-}
-
-ImagePointer MarkedImage(int32_t width, int32_t height) {
-    ImagePointer image = NewImage(width, height, ImageData_RGBA16);
-    FillWith(*image, marker);
-    return image;
-}
-
-Pixel Grey(int32_t byte) { return {byte * 257, byte * 257, byte * 257, 65535}; }
 
 TEST(UncompressedCodecs, ClaimThirteenCodes) {
     std::set<uint32_t> fourCCs;
@@ -96,15 +83,31 @@ TEST(UncompressedCodecs, AYuv2TrackOpensAndEveryFrameOfItFails) {
     MemoryTrackSource source(FourCC("yuv2"), 6, 4, {Bytes(1000, 1), Bytes(1000, 2)});
     const CodecPointer decoder = NewDecoder(source);
     ASSERT_NE(decoder, nullptr);
-    const ImagePointer image = MarkedImage(6, 4);
+    const ImagePtr image = MarkedImage(6, 4);
     EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_FAILED);
     EXPECT_EQ(Decode(*decoder, 1, image.get()), CxAV_FAILED);
     EXPECT_TRUE(IsFilledWith(*image, marker));
 }
 
+TEST(UncompressedCodecs, Yuv2HasNoRowSizeAndNoConversion) {
+    EXPECT_EQ(PixelConvert::CalcRowBytes(FourCC("yuv2"), 6), 0);
+    const ImagePtr image = MarkedImage(6, 4);
+    Image* picture = image.get();
+    Bytes sample(1000, 1);
+    EXPECT_FALSE(PixelConvert::BlobToImage(sample.data(), 12, FourCC("yuv2"), picture));
+    EXPECT_TRUE(IsFilledWith(*image, marker));
+}
+
+TEST(UncompressedCodecs, NoEncoderOfTheCatalogueIsForUyvy) {
+    std::vector<CxEncoderInfo> rows;
+    ASSERT_TRUE(CxAVCodecRegistry::ListAllCodecs(true, rows));
+    for (const CxEncoderInfo& row : rows)
+        EXPECT_NE(row.fourCC, FourCC("uyvy")) << row.name;
+}
+
 TEST(UncompressedCodecs, EncodingToUyvyIsUnsupported) {
     const CodecPointer encoder = NewEncoder("Uncompressed YUV 422 8-bit");
-    const ImagePointer image = MarkedImage(6, 4);
+    const ImagePtr image = MarkedImage(6, 4);
     Bytes encoded;
     EXPECT_EQ(Encode(*encoder, FourCC("uyvy"), image.get(), encoded), CxAV_UNSUPPORTED);
     EXPECT_EQ(Encode(*encoder, 0, image.get(), encoded), CxAV_UNSUPPORTED);
@@ -125,80 +128,10 @@ TEST(UncompressedCodecs, R210OfWidth65HasRowsOf512Bytes) {
     EXPECT_EQ(encoded.size(), 3u * 512);
 }
 
-TEST(UncompressedCodecs, AnImageOfAnotherSizeIsNotDetectedAndTheRowsAreTheTracks) {
-    Bytes sample(72);
-    for (size_t i = 0; i < sample.size(); ++i)
-        sample[i] = static_cast<uint8_t>(i);
-    MemoryTrackSource source(24, 6, 4, {sample});
-    const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(4, 3);
-    ASSERT_EQ(Decode(*decoder, 0, image.get()), CxAV_OK);
-    for (int32_t y = 0; y < 3; ++y) {
-        for (int32_t x = 0; x < 4; ++x) {
-            const int32_t first = y * 18 + x * 3;
-            EXPECT_EQ(PixelAt(*image, x, y),
-                      (Pixel{first * 257, (first + 1) * 257, (first + 2) * 257, 65535}));
-        }
-    }
-}
-
-TEST(UncompressedCodecs, AnImageWiderThanTheTracksRowsFailsAndKeepsItsPixels) {
-    MemoryTrackSource source = SmallTrack();
-    const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(7, 2);
-    EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_FAILED);
-    EXPECT_TRUE(IsFilledWith(*image, marker));
-}
-
-TEST(UncompressedCodecs, AnImageTallerThanTheSampleFailsAndKeepsItsPixels) {
-    MemoryTrackSource source = SmallTrack();
-    const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(6, 5);
-    EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_FAILED);
-    EXPECT_TRUE(IsFilledWith(*image, marker));
-}
-
-TEST(UncompressedCodecs, AShortSampleFailsKeepsThePixelsAndTheNextFrameDecodes) {
-    MemoryTrackSource source(24, 6, 4, {Bytes(71, 1), Bytes(72, 2), {}});
-    const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(6, 4);
-    EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_FAILED);
-    EXPECT_EQ(Decode(*decoder, 2, image.get()), CxAV_FAILED);
-    EXPECT_TRUE(IsFilledWith(*image, marker));
-    EXPECT_EQ(Decode(*decoder, 1, image.get()), CxAV_OK);
-    EXPECT_TRUE(IsFilledWith(*image, Grey(2)));
-}
-
-TEST(UncompressedCodecs, ASampleCutToTheCodecsBufferFails) {
-    MemoryTrackSource source = SmallTrack(MemoryTrackSource::Delivery::CallersBuffer);
-    source.maxSampleSize = 71;
-    const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(6, 4);
-    EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_FAILED);
-    EXPECT_TRUE(IsFilledWith(*image, marker));
-}
-
-TEST(UncompressedCodecs, ASourceWithoutABufferSizeDecodesFromItsOwnMemory) {
-    MemoryTrackSource source = SmallTrack();
-    source.maxSampleSize = 0;
-    const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(6, 4);
-    EXPECT_EQ(Decode(*decoder, 1, image.get()), CxAV_OK);
-    EXPECT_TRUE(IsFilledWith(*image, Grey(2)));
-}
-
-TEST(UncompressedCodecs, TheCodecsOwnBufferServesASourceThatFillsIt) {
-    MemoryTrackSource source = SmallTrack(MemoryTrackSource::Delivery::CallersBuffer);
-    const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(6, 4);
-    EXPECT_EQ(Decode(*decoder, 2, image.get()), CxAV_OK);
-    EXPECT_TRUE(IsFilledWith(*image, Grey(3)));
-}
-
 TEST(UncompressedCodecs, TheFrameNumberIsTheSampleIndexInAnyOrder) {
     MemoryTrackSource source = SmallTrack();
     const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(6, 4);
+    const ImagePtr image = MarkedImage(6, 4);
     for (const int32_t frame : {2, 0, 1, 1}) {
         EXPECT_EQ(Decode(*decoder, frame, image.get()), CxAV_OK);
         EXPECT_EQ(source.lastSampleRead, frame);
@@ -209,7 +142,7 @@ TEST(UncompressedCodecs, TheFrameNumberIsTheSampleIndexInAnyOrder) {
 TEST(UncompressedCodecs, AFrameThatTheSourceDoesNotHaveIsAFailedRead) {
     MemoryTrackSource source = SmallTrack();
     const CodecPointer decoder = NewDecoder(source);
-    const ImagePointer image = MarkedImage(6, 4);
+    const ImagePtr image = MarkedImage(6, 4);
     EXPECT_EQ(Decode(*decoder, 3, image.get()), CxAV_READ_FAILED);
     EXPECT_EQ(Decode(*decoder, -1, image.get()), CxAV_READ_FAILED);
     EXPECT_TRUE(IsFilledWith(*image, marker));
@@ -217,7 +150,7 @@ TEST(UncompressedCodecs, AFrameThatTheSourceDoesNotHaveIsAFailedRead) {
 
 TEST(UncompressedCodecs, WithoutASourceOrAnImageTheStateIsInvalid) {
     UncompressedCodecs codec(CxAV_DECODE, nullptr);
-    const ImagePointer image = MarkedImage(6, 4);
+    const ImagePtr image = MarkedImage(6, 4);
     EXPECT_EQ(Decode(codec, 0, image.get()), CxAV_INVALID_STATE);
     MemoryTrackSource source = SmallTrack();
     codec.SetDataSource(&source);
@@ -246,40 +179,11 @@ TEST(UncompressedCodecs, SizeAndCodeAreTakenFromTheSourceForEachFrame) {
     const CodecPointer decoder = NewDecoder(source);
     MemoryTrackSource other(32, 2, 1, {{255, 1, 2, 3, 128, 4, 5, 6}});
     decoder->getDataSource() = &other;
-    const ImagePointer image = MarkedImage(2, 1);
+    const ImagePtr image = MarkedImage(2, 1);
     ASSERT_EQ(Decode(*decoder, 0, image.get()), CxAV_OK);
     EXPECT_EQ(PixelAt(*image, 1, 0), (Pixel{4 * 257, 5 * 257, 6 * 257, 128 * 257}));
     EXPECT_EQ(decoder->GetWidth(), 2);
     EXPECT_EQ(decoder->GetHeight(), 1);
-}
-
-TEST(UncompressedCodecs, ThreePlanesAreNeededWhereThePackingHasThree) {
-    UncompressedCodecs codec(CxAV_DECODE, nullptr);
-    MemoryTrackSource source(FourCC("rp16"), 2, 2, {Bytes(23, 1), Bytes(24, 2)});
-    codec.SetDataSource(&source);
-    const ImagePointer image = MarkedImage(2, 2);
-    EXPECT_EQ(Decode(codec, 0, image.get()), CxAV_FAILED);
-    EXPECT_TRUE(IsFilledWith(*image, marker));
-    EXPECT_EQ(Decode(codec, 1, image.get()), CxAV_OK);
-    EXPECT_TRUE(IsFilledWith(*image, {0x0202, 0x0202, 0x0202, 65535}));
-}
-
-TEST(UncompressedCodecs, ATrackWidthWhoseRowSizeWrapsDecodesNothing) {
-    for (const int32_t width : {-1, 0x20000000, 0x40000001, 0x7fffffff}) {
-        MemoryTrackSource source(FourCC("b64a"), width, 4, {Bytes(64, 1)});
-        const CodecPointer decoder = NewDecoder(source);
-        const ImagePointer image = MarkedImage(6, 4);
-        EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_FAILED) << width;
-        EXPECT_TRUE(IsFilledWith(*image, marker));
-    }
-}
-
-TEST(UncompressedCodecs, AnImageOfNoPixelsDecodesFromAnySample) {
-    MemoryTrackSource source(FourCC("v210"), 0, 0, {{}, Bytes(5, 1)});
-    const CodecPointer decoder = NewDecoder(source);
-    EXPECT_EQ(Decode(*decoder, 0, NewImage(0, 0, ImageData_RGBA8).get()), CxAV_OK);
-    EXPECT_EQ(Decode(*decoder, 0, NewImage(0, 4, ImageData_RGBA8).get()), CxAV_OK);
-    EXPECT_EQ(Decode(*decoder, 1, NewImage(0, 4, ImageData_RGBA8).get()), CxAV_OK);
 }
 
 TEST(UncompressedCodecs, AnImageOfNoPixelsEncodesToNoBytesInEveryFormat) {
@@ -287,7 +191,7 @@ TEST(UncompressedCodecs, AnImageOfNoPixelsEncodesToNoBytesInEveryFormat) {
         const CodecPointer encoder = NewEncoder(name);
         for (const auto& [width, height] : {std::pair{0, 0}, std::pair{0, 3}, std::pair{3, 0}}) {
             Bytes encoded = {1};
-            EXPECT_EQ(Encode(*encoder, fourCC, NewImage(width, height, ImageData_RGBA8).get(), encoded),
+            EXPECT_EQ(Encode(*encoder, fourCC, MakeImage(width, height, ImageData_RGBA8).get(), encoded),
                       CxAV_OK);
             EXPECT_TRUE(encoded.empty()) << name << " " << width << "x" << height;
         }
@@ -302,7 +206,7 @@ TEST(UncompressedCodecs, EncodingNoImageIsAnInvalidState) {
 
 TEST(UncompressedCodecs, EncodingPassesOverABufferThatTheCallerGave) {
     const CodecPointer encoder = NewEncoder("Uncompressed RGB 8-bit");
-    const ImagePointer image = MarkedImage(6, 4);
+    const ImagePtr image = MarkedImage(6, 4);
     std::array<uint8_t, 72> mine;
     mine.fill(0xee);
     CxEncodedFrame frame;
@@ -319,7 +223,7 @@ TEST(UncompressedCodecs, EncodingPassesOverABufferThatTheCallerGave) {
 
 TEST(UncompressedCodecs, AnImageThatIsTooLargeForAFrameIsRefusedAndTheRecordStays) {
     const CodecPointer encoder = NewEncoder("Uncompressed ARGB 16 bit");
-    const ImagePointer image = MarkedImage(2, 2);
+    const ImagePtr image = MarkedImage(2, 2);
     for (const auto& [width, height] :
          {std::pair{2, 0x7fffffff}, std::pair{2, -1}, std::pair{0x10000000, 2}, std::pair{0x20000000, 2}}) {
         image->Width = width;
@@ -333,6 +237,22 @@ TEST(UncompressedCodecs, AnImageThatIsTooLargeForAFrameIsRefusedAndTheRecordStay
     }
     image->Width = 2;
     image->Height = 2;
+}
+
+TEST(UncompressedCodecs, TheBufferOfAFailedConversionIsFreed) {
+    const CodecPointer encoder = NewEncoder("Uncompressed ARGB 16 bit");
+    const ImagePtr image = MarkedImage(2, 2);
+    // The row size wraps to that of one pixel, so that there is a buffer and no conversion.
+    image->Width = 0x20000001;
+    CxEncodedFrame frame;
+    frame.codecTag = FourCC("b64a");
+    Image* picture = image.get();
+    AllocatorSpy::Reset();
+    EXPECT_EQ(encoder->EncodeFrame(picture, frame), CxAV_INVALID_STATE);
+    EXPECT_EQ(AllocatorSpy::allocations, 1);
+    EXPECT_EQ(AllocatorSpy::frees, 1);
+    EXPECT_EQ(frame.data, nullptr);
+    image->Width = 2;
 }
 
 TEST(UncompressedCodecs, TheTargetSizeIsZeroAndSettingsAreTaken) {

@@ -31,13 +31,13 @@ constexpr std::array<std::pair<int32_t, int32_t>, 8> sizes = {
     {{1, 1}, {2, 3}, {7, 5}, {47, 2}, {48, 3}, {49, 4}, {64, 1}, {65, 9}}};
 
 /// Encodes the image, takes the result for a track of one sample and decodes that.
-ImagePointer RoundTrip(Image& image, const Format& format) {
+ImagePtr RoundTrip(Image& image, const Format& format) {
     const CodecPointer encoder = NewEncoder(format.name);
     Bytes sample;
     EXPECT_EQ(Encode(*encoder, format.fourCC, &image, sample), CxAV_OK);
     MemoryTrackSource source(format.fourCC, image.Width, image.Height, {sample});
     const CodecPointer decoder = NewDecoder(source);
-    ImagePointer decoded = NewImage(image.Width, image.Height, format.kind);
+    ImagePtr decoded = MakeImage(image.Width, image.Height, format.kind);
     EXPECT_EQ(Decode(*decoder, 0, decoded.get()), CxAV_OK);
     return decoded;
 }
@@ -46,11 +46,11 @@ class LosslessFormats : public testing::TestWithParam<Format> {};
 
 TEST_P(LosslessFormats, GiveEveryPixelBack) {
     const Format format = GetParam();
-    std::mt19937 random = NewRandom();
+    std::mt19937 random = MakeRandom();
     for (const auto& [width, height] : sizes) {
-        const ImagePointer image = NewImage(width, height, format.kind);
+        const ImagePtr image = MakeImage(width, height, format.kind);
         FillAtRandom(*image, random);
-        const ImagePointer decoded = RoundTrip(*image, format);
+        const ImagePtr decoded = RoundTrip(*image, format);
         for (int32_t y = 0; y < height; ++y) {
             for (int32_t x = 0; x < width; ++x) {
                 Pixel expected = PixelAt(*image, x, y);
@@ -73,11 +73,11 @@ TEST(UncompressedPixels, R210QuantisesToTenBitsOfVideoRange) {
     const auto tenBits = [](int32_t c) { return std::floor(c * 876.0 / 65535.0); };
     const auto expected = [&](int32_t c) { return static_cast<int32_t>(tenBits(c) * 65535.0 / 876.0); };
     const Format format = {"Uncompressed RGB 10-bit", FourCC("r210"), ImageData_RGBA16, false};
-    std::mt19937 random = NewRandom();
+    std::mt19937 random = MakeRandom();
     for (const auto& [width, height] : sizes) {
-        const ImagePointer image = NewImage(width, height, format.kind);
+        const ImagePtr image = MakeImage(width, height, format.kind);
         FillAtRandom(*image, random);
-        const ImagePointer decoded = RoundTrip(*image, format);
+        const ImagePtr decoded = RoundTrip(*image, format);
         for (int32_t y = 0; y < height; ++y) {
             for (int32_t x = 0; x < width; ++x) {
                 const Pixel p = PixelAt(*image, x, y);
@@ -132,8 +132,8 @@ struct ComponentPacking {
 };
 
 /// Rows of one colour each: chroma filters, which work along the row, leave them as they are.
-ImagePointer ColourRows(int32_t width, int32_t height, std::mt19937& random) {
-    ImagePointer image = NewImage(width, height, ImageData_RGBA16);
+ImagePtr ColourRows(int32_t width, int32_t height, std::mt19937& random) {
+    ImagePtr image = MakeImage(width, height, ImageData_RGBA16);
     for (int32_t y = 0; y < height; ++y) {
         Pixel colour = RandomPixel(random);
         colour.A = 65535;
@@ -161,8 +161,8 @@ protected:
 TEST_P(YuvEncoders, WriteTheComponentsOfBt709InVideoRange) {
     const ComponentPacking packing = Packing(GetParam().fourCC);
     const CodecPointer encoder = NewEncoder(GetParam().name);
-    std::mt19937 random = NewRandom();
-    const ImagePointer image = ColourRows(50, 40, random);
+    std::mt19937 random = MakeRandom();
+    const ImagePtr image = ColourRows(50, 40, random);
     Bytes sample;
     ASSERT_EQ(Encode(*encoder, packing.fourCC, image.get(), sample), CxAV_OK);
     ASSERT_EQ(sample.size(), static_cast<size_t>(packing.RowBytes(50)) * 40);
@@ -180,9 +180,9 @@ TEST_P(YuvEncoders, WriteTheComponentsOfBt709InVideoRange) {
 
 TEST_P(YuvEncoders, WriteWhatTheirDecodersReadBack) {
     const ComponentPacking packing = Packing(GetParam().fourCC);
-    std::mt19937 random = NewRandom();
-    const ImagePointer image = ColourRows(50, 40, random);
-    const ImagePointer decoded = RoundTrip(*image, GetParam());
+    std::mt19937 random = MakeRandom();
+    const ImagePtr image = ColourRows(50, 40, random);
+    const ImagePtr decoded = RoundTrip(*image, GetParam());
     // One code of luma and of chroma at most, as the blue channel carries them on.
     const double step = 65535.0 / packing.Scale();
     const double tolerance = step / 219 + 1.8556 * step / 224 + 1;
@@ -199,9 +199,9 @@ TEST_P(YuvEncoders, WriteWhatTheirDecodersReadBack) {
 
 TEST_P(YuvEncoders, TakeAndGiveImagesOfEverySize) {
     for (const auto& [width, height] : sizes) {
-        const ImagePointer image = NewImage(width, height, ImageData_RGBA16);
+        const ImagePtr image = MakeImage(width, height, ImageData_RGBA16);
         FillWith(*image, {65535, 65535, 65535, 65535});
-        const ImagePointer decoded = RoundTrip(*image, GetParam());
+        const ImagePtr decoded = RoundTrip(*image, GetParam());
         ASSERT_TRUE(IsFilledWith(*decoded, {65535, 65535, 65535, 65535})) << width << "x" << height;
     }
 }
@@ -217,7 +217,7 @@ INSTANTIATE_TEST_SUITE_P(
 /// model.
 void ExpectDecodedByModel(const ComponentPacking& packing) {
     constexpr int32_t width = 48, height = 40;
-    std::mt19937 random = NewRandom();
+    std::mt19937 random = MakeRandom();
     Bytes sample(static_cast<size_t>(packing.RowBytes(width)) * height);
     for (int32_t y = 0; y < height; ++y) {
         uint8_t* const row = sample.data() + y * packing.RowBytes(width);
@@ -230,7 +230,7 @@ void ExpectDecodedByModel(const ComponentPacking& packing) {
     MemoryTrackSource source(packing.fourCC, width, height, {sample});
     const CodecPointer decoder = NewDecoder(source);
     ASSERT_NE(decoder, nullptr);
-    const ImagePointer image = NewImage(width, height, ImageData_RGBA16);
+    const ImagePtr image = MakeImage(width, height, ImageData_RGBA16);
     ASSERT_EQ(Decode(*decoder, 0, image.get()), CxAV_OK);
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x)
@@ -248,7 +248,7 @@ TEST(UncompressedPixels, ARawTrackDecodesAsBytesARGB) {
     MemoryTrackSource source(FourCC("raw "), 2, 2, {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}});
     const CodecPointer decoder = NewDecoder(source);
     ASSERT_NE(decoder, nullptr);
-    const ImagePointer image = NewImage(2, 2, ImageData_RGBA16);
+    const ImagePtr image = MakeImage(2, 2, ImageData_RGBA16);
     ASSERT_EQ(Decode(*decoder, 0, image.get()), CxAV_OK);
     EXPECT_EQ(PixelAt(*image, 0, 0), (Pixel{2 * 257, 3 * 257, 4 * 257, 1 * 257}));
     EXPECT_EQ(PixelAt(*image, 1, 1), (Pixel{14 * 257, 15 * 257, 16 * 257, 13 * 257}));
@@ -258,7 +258,7 @@ TEST(UncompressedPixels, ARgbTrackDecodesAsBytesRGB) {
     MemoryTrackSource source(FourCC("rgb "), 2, 2, {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}});
     const CodecPointer decoder = NewDecoder(source);
     ASSERT_NE(decoder, nullptr);
-    const ImagePointer image = NewImage(2, 2, ImageData_RGBA16);
+    const ImagePtr image = MakeImage(2, 2, ImageData_RGBA16);
     ASSERT_EQ(Decode(*decoder, 0, image.get()), CxAV_OK);
     EXPECT_EQ(PixelAt(*image, 0, 0), (Pixel{1 * 257, 2 * 257, 3 * 257, 65535}));
     EXPECT_EQ(PixelAt(*image, 1, 1), (Pixel{10 * 257, 11 * 257, 12 * 257, 65535}));

@@ -4,10 +4,9 @@
 #include "framework/MemoryTrackSource.h"
 #include "host/Image.h"
 #include "host/Platform.h"
+#include "support/TestSupport.h"
 
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <random>
 #include <string>
@@ -15,23 +14,6 @@
 
 using Bytes = std::vector<uint8_t>;
 using CodecPointer = std::unique_ptr<CxAbstractAVCodec>;
-
-struct ImageDeleter {
-    void operator()(Image* image) const { Image::Free(image); }
-};
-using ImagePointer = std::unique_ptr<Image, ImageDeleter>;
-
-inline ImagePointer NewImage(int32_t width, int32_t height, ImageDataKind kind) {
-    return ImagePointer(Image::Allocate(width, height, kind));
-}
-
-/// Random numbers from the seed in CORVEX_TEST_SEED, or from a fixed one; the seed is printed.
-inline std::mt19937 NewRandom() {
-    const char* const given = std::getenv("CORVEX_TEST_SEED");
-    const auto seed = static_cast<uint32_t>(given != nullptr ? std::strtoul(given, nullptr, 10) : 20240607);
-    std::printf("CORVEX_TEST_SEED=%u\n", seed);
-    return std::mt19937(seed);
-}
 
 inline Bytes RandomBytes(size_t count, std::mt19937& random) {
     Bytes bytes(count);
@@ -51,14 +33,6 @@ inline Pixel PixelAt(Image& image, int32_t x, int32_t y) {
 inline void SetPixelAt(Image& image, int32_t x, int32_t y, const Pixel& pixel) {
     uint8_t* const row = image.RowAddress(image.Height - 1 - y);
     image.SetPixel(pixel, row + int64_t{x} * image.PixelStride, nullptr, &image);
-}
-
-inline bool operator==(const Pixel& a, const Pixel& b) {
-    return a.R == b.R && a.G == b.G && a.B == b.B && a.A == b.A;
-}
-
-inline std::ostream& operator<<(std::ostream& out, const Pixel& pixel) {
-    return out << "(" << pixel.R << ", " << pixel.G << ", " << pixel.B << ", " << pixel.A << ")";
 }
 
 inline Pixel RandomPixel(std::mt19937& random) {
@@ -108,3 +82,21 @@ inline CxAVError Encode(CxAbstractAVCodec& encoder, uint32_t codecTag, Image* im
 inline CxAVError Decode(CxAbstractAVCodec& decoder, int32_t frame, Image* image) {
     return decoder.GetDecodedFrame(frame, image);
 }
+
+/// What an image that stays as it was is full of.
+inline constexpr Pixel marker = {0x1111, 0x2222, 0x3333, 0x4444};
+
+/// A 24-bit track of 6 x 4 pixels, whose sample n is filled with the byte n + 1.
+inline MemoryTrackSource
+SmallTrack(MemoryTrackSource::Delivery delivery = MemoryTrackSource::Delivery::OwnMemory) {
+    return {24, 6, 4, {Bytes(72, 1), Bytes(72, 2), Bytes(72, 3)}, delivery};
+}
+
+inline ImagePtr MarkedImage(int32_t width, int32_t height) {
+    ImagePtr image = MakeImage(width, height, ImageData_RGBA16);
+    FillWith(*image, marker);
+    return image;
+}
+
+/// What a byte of all colour channels becomes.
+inline Pixel Grey(int32_t byte) { return {byte * 257, byte * 257, byte * 257, 65535}; }

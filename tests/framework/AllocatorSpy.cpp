@@ -4,11 +4,11 @@
 
 #include <dlfcn.h>
 
-int AllocatorSpy::allocations = 0;
-int AllocatorSpy::frees = 0;
-int64_t AllocatorSpy::lastSize = 0;
-int AllocatorSpy::lastAlignment = 0;
-bool AllocatorSpy::fails = false;
+std::atomic<int> AllocatorSpy::allocations = 0;
+std::atomic<int> AllocatorSpy::frees = 0;
+std::atomic<int64_t> AllocatorSpy::lastSize = 0;
+std::atomic<int> AllocatorSpy::lastAlignment = 0;
+std::atomic<bool> AllocatorSpy::fails = false;
 
 void AllocatorSpy::Reset() {
     allocations = 0;

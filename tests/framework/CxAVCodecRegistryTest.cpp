@@ -1,12 +1,15 @@
 #include "framework/CxAVCodecRegistry.h"
 
 #include "framework/FakeBackEnd.h"
+#include "framework/HeapSpy.h"
 #include "framework/MemoryTrackSource.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <latch>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -49,6 +52,87 @@ TEST(CxAVCodecRegistry, ARefusingFactoryLeavesNoRows) {
     Register(refusing);
     EXPECT_EQ(AllRows().size(), before);
     EXPECT_EQ(CxAVCodecRegistry::CreateEncoder("Refused encoder"), nullptr);
+}
+
+TEST(CxAVCodecRegistry, AFactoryThatThrowsHasRefused) {
+    const uint32_t fourCC = NewFourCC();
+    const auto throwing = NewBackEnd({fourCC}, {EncoderRow("Thrown encoder")});
+    throwing->onFill = [] { throw std::runtime_error("can't run"); };
+    CxAbstractCodecFactory* factory = nullptr;
+    EXPECT_NO_THROW(factory = Register(throwing));
+    EXPECT_EQ(factory, nullptr);
+    EXPECT_EQ(throwing->factoriesDeleted, 1);
+    EXPECT_FALSE(CxAVCodecRegistry::CanCreateDecoder(fourCC));
+    EXPECT_EQ(CxAVCodecRegistry::CreateEncoder("Thrown encoder"), nullptr);
+}
+
+TEST(CxAVCodecRegistry, AFactoryThatThrowsWhenItIsAddedAgainStaysAsItWas) {
+    const auto backEnd = NewBackEnd({NewFourCC()});
+    CxAbstractCodecFactory* const factory = Register(backEnd);
+    backEnd->name = "Another name";
+    backEnd->onFill = [] { throw std::runtime_error("can't run"); };
+    EXPECT_EQ(CxAVCodecRegistry::getInstance()->AddCodec(factory), nullptr);
+    EXPECT_EQ(backEnd->factoriesDeleted, 0);
+    EXPECT_EQ(factory->GetName(), "Fake");
+}
+
+TEST(CxAVCodecRegistry, AFactoryThatMemoryRunsOutForIsDeletedAndNothingOfItIsLeft) {
+    const std::string name = "Encoder with a name that is too long to stand in the string itself";
+    const size_t rowsBefore = AllRows().size();
+    bool ranOut = true;
+    for (int allocations = 0; ranOut; ++allocations) {
+        const uint32_t fourCC = NewFourCC();
+        const auto backEnd = NewBackEnd({fourCC, NewFourCC()}, {EncoderRow(name), EncoderRow(name)});
+        auto* const factory = new FakeFactory(backEnd);
+        const CxAbstractCodecFactory* added = nullptr;
+        {
+            const HeapSpy heap(allocations);
+            added = CxAVCodecRegistry::getInstance()->AddCodec(factory);
+            ranOut = heap.RanOut();
+        }
+        ASSERT_EQ(added == nullptr, ranOut);
+        ASSERT_EQ(backEnd->factoriesDeleted, ranOut ? 1 : 0);
+        ASSERT_EQ(CxAVCodecRegistry::CanCreateDecoder(fourCC), !ranOut);
+        ASSERT_EQ(CodecPointer(CxAVCodecRegistry::CreateEncoder(name)) == nullptr, ranOut);
+        ASSERT_EQ(AllRows().size(), rowsBefore + (ranOut ? 0 : 2));
+    }
+}
+
+TEST(CxAVCodecRegistry, AFactoryMayAddAnotherFromItsFillCodecInfo) {
+    const uint32_t fourCC = NewFourCC();
+    const auto outer = NewBackEnd({fourCC});
+    const auto inner = NewBackEnd({fourCC});
+    const CxAbstractCodecFactory* innerFactory = nullptr;
+    outer->onFill = [&] { innerFactory = Register(inner); };
+    const CxAbstractCodecFactory* const outerFactory = Register(outer);
+    EXPECT_EQ(CxAVCodecRegistry::GetDecoderFactories(fourCC), (Factories{innerFactory, outerFactory}));
+    outer->onFill = nullptr;
+}
+
+TEST(CxAVCodecRegistry, ARefusingFactoryMayAddAnotherFromItsDestructor) {
+    const uint32_t fourCC = NewFourCC();
+    const auto refusing = NewBackEnd({fourCC});
+    const CxAbstractCodecFactory* successor = nullptr;
+    refusing->accepts = false;
+    refusing->onDeleted = [&] { successor = Register(NewBackEnd({fourCC})); };
+    EXPECT_EQ(Register(refusing), nullptr);
+    EXPECT_NE(successor, nullptr);
+    EXPECT_EQ(CxAVCodecRegistry::GetDecoderFactories(fourCC), Factories{successor});
+}
+
+TEST(CxAVCodecRegistry, AnOpenThatThrowsDeletesTheCodecAndFallsThroughToTheSecondFactory) {
+    const uint32_t fourCC = NewFourCC();
+    const auto throwing = NewBackEnd({fourCC});
+    throwing->onOpen = [] { throw std::runtime_error("can't be opened"); };
+    Register(throwing);
+    CxAbstractCodecFactory* const second = Register(NewBackEnd({fourCC}));
+
+    CodecPointer codec;
+    EXPECT_NO_THROW(codec = OpenDecoder(fourCC));
+    ASSERT_NE(codec, nullptr);
+    EXPECT_TRUE(codec->isTypeOf(second));
+    EXPECT_EQ(throwing->codecsMade, 1);
+    EXPECT_EQ(throwing->codecsDeleted, 1);
 }
 
 TEST(CxAVCodecRegistry, AFailedOpenDeletesTheCodecAndFallsThroughToTheSecondFactory) {
@@ -242,6 +326,23 @@ TEST(CxAVCodecRegistry, ManyThreadsGetTheSameInstanceAndLookUpAtOnce) {
     EXPECT_EQ(wrong, 0);
 }
 
+TEST(CxAVCodecRegistry, ThreadsThatAskForTheInstanceAtTheSameMomentGetTheSame) {
+    constexpr int count = 32;
+    std::latch start(count);
+    std::vector<CxAVCodecRegistry*> found(count);
+    std::vector<std::thread> threads;
+    for (CxAVCodecRegistry*& instance : found) {
+        threads.emplace_back([&] {
+            start.arrive_and_wait();
+            instance = CxAVCodecRegistry::getInstance();
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_NE(found[0], nullptr);
+    EXPECT_EQ(std::count(found.begin(), found.end(), found[0]), count);
+}
+
 TEST(CxAVCodecRegistry, FactoriesCanBeAddedFromManyThreadsAtOnce) {
     const uint32_t fourCC = NewFourCC();
     std::vector<std::thread> threads;
@@ -250,57 +351,6 @@ TEST(CxAVCodecRegistry, FactoriesCanBeAddedFromManyThreadsAtOnce) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(CxAVCodecRegistry::GetDecoderFactories(fourCC).size(), 8u);
-}
-
-/// Writes what happens to it to the standard error stream, where a death test reads it.
-class TellingFactory : public FakeFactory {
-public:
-    explicit TellingFactory(const char* text)
-        : FakeFactory(NewBackEnd({FourCC("tell")}, {EncoderRow("Telling encoder")})), letter(text) {}
-    ~TellingFactory() override { fprintf(stderr, "delete %s;", letter); }
-    void Shutdown() override {
-        fprintf(stderr, "shutdown %s;", letter);
-        if (FindsAnything()) fprintf(stderr, "found something;");
-    }
-
-private:
-    static bool FindsAnything() {
-        MemoryTrackSource source = TrackOf(FourCC("tell"));
-        std::vector<CxEncoderInfo> rows;
-        return CxAVCodecRegistry::getInstance() != nullptr ||
-               CxAVCodecRegistry::CreateDecoder(&source) != nullptr ||
-               CxAVCodecRegistry::CanCreateDecoder(FourCC("tell")) ||
-               CxAVCodecRegistry::CreateEncoder("Telling encoder") != nullptr ||
-               !CxAVCodecRegistry::GetDecoderFactories(FourCC("tell")).empty() ||
-               CxAVCodecRegistry::ListAllCodecs(true, rows);
-    }
-
-    const char* letter;
-};
-
-class CxAVCodecRegistryTeardown : public testing::Test {
-protected:
-    void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
-
-    static void AddAndExit(std::initializer_list<CxAbstractCodecFactory*> factories) {
-        for (CxAbstractCodecFactory* factory : factories)
-            CxAVCodecRegistry::getInstance()->AddCodec(factory);
-        std::exit(0);
-    }
-};
-
-TEST_F(CxAVCodecRegistryTeardown, ShutsEachFactoryDownAndDeletesItInOrderWhileLookUpsFindNothing) {
-    EXPECT_EXIT(AddAndExit({new TellingFactory("A"), new TellingFactory("B")}), testing::ExitedWithCode(0),
-                "^shutdown A;delete A;shutdown B;delete B;$");
-}
-
-TEST_F(CxAVCodecRegistryTeardown, AFactoryAddedTwiceIsDeletedOnce) {
-    EXPECT_EXIT(
-        {
-            auto* const factory = new TellingFactory("A");
-            AddAndExit({factory, factory});
-        },
-        testing::ExitedWithCode(0), "^shutdown A;delete A;$");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The records of the codec interface keep their fields in order and start cleared.
+// The records of the codec interface keep their fields in order and type, and start cleared.
 
 #include "framework/CxAbstractAVCodec.h"
 
@@ -6,9 +6,68 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <type_traits>
+#include <vector>
 
 namespace {
+
+// Callers that were compiled apart rely on the type of every field; a field of another one stops the build.
+
+static_assert(std::is_same_v<decltype(CxEncoderInfo::fourCC), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncoderInfo::codecId), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncoderInfo::reserved), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncoderInfo::name), std::string>);
+static_assert(std::is_same_v<decltype(CxEncoderInfo::description), std::string>);
+static_assert(std::is_same_v<decltype(CxEncoderInfo::width), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncoderInfo::height), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncoderInfo::flags), uint32_t>);
+
+static_assert(std::is_same_v<decltype(CxVideoSettings::width), int32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::height), int32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::flag0), bool>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value0), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::frameDuration), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::text0), std::string>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::text1), std::string>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::fourCC), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value1), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value2), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value3), uint64_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::fieldOrder), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::flag1), bool>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value4), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value5), uint64_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::bitRate), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::gopSize), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value6), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value7), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value8), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::hasAlpha), bool>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value9), uint16_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value10), uint16_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value11), uint16_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::timeScale), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::value12), uint32_t>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::extraData), std::vector<uint8_t>>);
+static_assert(std::is_same_v<decltype(CxVideoSettings::quality), uint32_t>);
+
+static_assert(std::is_same_v<decltype(CxEncodedTiming::presentationTime), int64_t>);
+static_assert(std::is_same_v<decltype(CxEncodedTiming::decodeTime), int64_t>);
+static_assert(std::is_same_v<decltype(CxEncodedTiming::duration), int64_t>);
+static_assert(std::is_same_v<decltype(CxEncodedTiming::timeBase), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncodedTiming::isKeyFrame), bool>);
+
+static_assert(std::is_same_v<decltype(CxEncodedFrame::codecTag), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncodedFrame::data), uint8_t*>);
+static_assert(std::is_same_v<decltype(CxEncodedFrame::size), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncodedFrame::fieldOrder), uint32_t>);
+static_assert(std::is_same_v<decltype(CxEncodedFrame::timing), CxEncodedTiming>);
+static_assert(std::is_same_v<decltype(CxEncodedFrame::flags), uint32_t>);
+
+static_assert(std::is_same_v<decltype(CxAlignedBuffer::data), void*>);
+static_assert(std::is_same_v<decltype(CxAlignedBuffer::capacity), int32_t>);
+static_assert(std::is_same_v<decltype(CxAlignedBuffer::used), int32_t>);
 
 using Offsets = std::vector<size_t>;
 
@@ -59,16 +118,6 @@ TEST(CxAVTypes, VideoSettingsKeepTheirFieldsInOrder) {
          offsetof(R, timeScale),     offsetof(R, value12), offsetof(R, extraData), offsetof(R, quality)}));
 }
 
-TEST(CxAVTypes, VideoSettingsHaveTheirTypes) {
-    using R = CxVideoSettings;
-    EXPECT_TRUE((std::is_same_v<decltype(R::value3), uint64_t>));
-    EXPECT_TRUE((std::is_same_v<decltype(R::value5), uint64_t>));
-    EXPECT_TRUE((std::is_same_v<decltype(R::value9), uint16_t>));
-    EXPECT_TRUE((std::is_same_v<decltype(R::value10), uint16_t>));
-    EXPECT_TRUE((std::is_same_v<decltype(R::value11), uint16_t>));
-    EXPECT_TRUE((std::is_same_v<decltype(R::extraData), std::vector<uint8_t>>));
-}
-
 TEST(CxAVTypes, EncodedTimingKeepsItsFieldsInOrder) {
     using R = CxEncodedTiming;
     EXPECT_TRUE(AreInOrder({offsetof(R, presentationTime), offsetof(R, decodeTime), offsetof(R, duration),
@@ -101,11 +150,15 @@ TEST(CxAVTypes, EncodedFrameStartsCleared) {
 }
 
 TEST(CxAVTypes, VideoSettingsStartCleared) {
-    const CxVideoSettings settings;
-    EXPECT_EQ(settings.width | settings.height, 0);
-    EXPECT_EQ(settings.bitRate | settings.gopSize | settings.timeScale | settings.quality, 0u);
-    EXPECT_FALSE(settings.flag0 || settings.flag1 || settings.hasAlpha);
-    EXPECT_TRUE(settings.text0.empty() && settings.text1.empty() && settings.extraData.empty());
+    const CxVideoSettings s;
+    EXPECT_EQ(s.width | s.height, 0);
+    EXPECT_EQ(s.frameDuration | s.fourCC | s.fieldOrder | s.bitRate | s.gopSize | s.timeScale | s.quality,
+              0u);
+    EXPECT_EQ(s.value0 | s.value1 | s.value2 | s.value4 | s.value6 | s.value7 | s.value8 | s.value12, 0u);
+    EXPECT_EQ(s.value3 | s.value5, 0u);
+    EXPECT_EQ(s.value9 | s.value10 | s.value11, 0);
+    EXPECT_FALSE(s.flag0 || s.flag1 || s.hasAlpha);
+    EXPECT_TRUE(s.text0.empty() && s.text1.empty() && s.extraData.empty());
 }
 
 } // namespace

@@ -86,10 +86,10 @@ TEST_F(CxAbstractAVCodecTest, TheDestructorFreesTheDataBufferAndLeavesTheSource)
 TEST_F(CxAbstractAVCodecTest, IsTypeOfComparesPointersSoThatASecondFactoryOfTheClassIsAnother) {
     FakeFactory maker(backEnd);
     FakeFactory other(backEnd);
-    const FakeCodec made(CxAV_DECODE, &maker, backEnd);
-    EXPECT_TRUE(const_cast<FakeCodec&>(made).isTypeOf(&maker));
-    EXPECT_FALSE(const_cast<FakeCodec&>(made).isTypeOf(&other));
-    EXPECT_FALSE(const_cast<FakeCodec&>(made).isTypeOf(nullptr));
+    FakeCodec made(CxAV_DECODE, &maker, backEnd);
+    EXPECT_TRUE(made.isTypeOf(&maker));
+    EXPECT_FALSE(made.isTypeOf(&other));
+    EXPECT_FALSE(made.isTypeOf(nullptr));
 }
 
 TEST_F(CxAbstractAVCodecTest, IsTypeOfNullIsTrueForACodecWithoutAFactory) {
@@ -173,11 +173,13 @@ public:
         decoderFourCCs.insert(FourCC("tmpl"));
         encoders.push_back(EncoderRow("Template encoder"));
         name = "Template";
-        return accepts;
+        if (fills) return accepts;
+        throw std::runtime_error("can't be filled");
     }
     static void Shutdown() { ++shutdowns; }
 
     static inline bool fails = false;
+    static inline bool fills = true;
     static inline bool accepts = true;
     static inline int shutdowns = 0;
 };
@@ -216,6 +218,18 @@ TEST(CxAVCodecFactory, FillCodecInfoIsTheStaticRoutineOfTheBackEnd) {
     TemplateCodec::accepts = true;
 }
 
+TEST(CxAVCodecFactory, ABackEndWhoseFillCodecInfoThrowsHasRefused) {
+    CxAVCodecFactory<TemplateCodec> factory;
+    std::set<uint32_t> fourCCs;
+    std::vector<CxEncoderInfo> rows;
+    std::string name;
+    TemplateCodec::fills = false;
+    bool accepted = true;
+    EXPECT_NO_THROW(accepted = factory.FillCodecInfo(fourCCs, rows, name));
+    TemplateCodec::fills = true;
+    EXPECT_FALSE(accepted);
+}
+
 TEST(CxAVCodecFactory, ShutdownRunsTheBackEndsOwn) {
     CxAVCodecFactory<TemplateCodec> factory;
     const int before = TemplateCodec::shutdowns;
@@ -224,9 +238,10 @@ TEST(CxAVCodecFactory, ShutdownRunsTheBackEndsOwn) {
 }
 
 TEST(CxAVCodecFactory, IsWithoutANameUntilItIsRegistered) {
-    CxAVCodecFactory<TemplateCodec> factory;
+    CxAVCodecFactory<TemplateCodec> named;
+    const CxAbstractCodecFactory& factory = named;
     EXPECT_EQ(factory.GetName(), "");
-    factory.name = "Given";
+    named.name = "Given";
     EXPECT_EQ(factory.GetName(), "Given");
     EXPECT_EQ(&factory.GetName(), &factory.name);
 }

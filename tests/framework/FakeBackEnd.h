@@ -2,6 +2,7 @@
 
 #include "framework/CxAVCodecRegistry.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -29,6 +30,9 @@ struct FakeBackEnd {
     bool accepts = true;
     bool makesCodecs = true;
     CxAVError openResult = CxAV_OK;
+    std::function<void()> onFill;    ///< run by `FillCodecInfo`, once it has given everything
+    std::function<void()> onOpen;    ///< run by `Open`
+    std::function<void()> onDeleted; ///< run by the factory's destructor
 
     int factoriesDeleted = 0;
     int codecsMade = 0;
@@ -51,6 +55,7 @@ public:
     int32_t GetHeight() override { return 0; }
     CxAVError Open() override {
         ++backEnd->opens;
+        if (backEnd->onOpen) backEnd->onOpen();
         return dataSource == nullptr ? CxAV_INVALID_STATE : backEnd->openResult;
     }
 
@@ -61,7 +66,10 @@ private:
 class FakeFactory : public CxAbstractCodecFactory {
 public:
     explicit FakeFactory(std::shared_ptr<FakeBackEnd> fake) : backEnd(std::move(fake)) {}
-    ~FakeFactory() override { ++backEnd->factoriesDeleted; }
+    ~FakeFactory() override {
+        ++backEnd->factoriesDeleted;
+        if (backEnd->onDeleted) backEnd->onDeleted();
+    }
 
     CxAbstractAVCodec* CreateCodec(CxAVOperation op) override {
         return backEnd->makesCodecs ? new FakeCodec(op, this, backEnd) : nullptr;
@@ -71,6 +79,7 @@ public:
         decoderFourCCs.insert(backEnd->fourCCs.begin(), backEnd->fourCCs.end());
         encoders.insert(encoders.end(), backEnd->rows.begin(), backEnd->rows.end());
         givenName = backEnd->name;
+        if (backEnd->onFill) backEnd->onFill();
         return backEnd->accepts;
     }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -44,7 +43,7 @@ public:
         if (delivery == Delivery::OwnMemory) return bytes.data() != nullptr ? bytes.data() : &emptySample;
         if (buffer == nullptr || capacity < 0) return nullptr;
         // A sample that does not fit is cut, and its true size told.
-        std::memcpy(buffer, bytes.data(), static_cast<size_t>(std::min(size, capacity)));
+        std::copy_n(bytes.data(), std::min(size, capacity), buffer);
         return buffer;
     }
     const std::vector<uint8_t>* GetCodecPrivateData() override { return &privateData; }

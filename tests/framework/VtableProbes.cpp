@@ -51,7 +51,7 @@ public:
         return Called("FillCodecInfo " + Text(static_cast<int64_t>(decoderFourCCs.size())) + givenName, true);
     }
     void Shutdown() override { log.emplace_back("Shutdown"); }
-    const std::string& GetName() override {
+    const std::string& GetName() const override {
         log.emplace_back("GetName");
         return name;
     }

@@ -306,9 +306,10 @@ inline double WrittenCode(const Image& image, const Buffer& buffer, int selector
     if (component == Luma) return std::clamp(code(x, y), meaning.lumaLeast, meaning.lumaMost);
     if (component == Alpha)
         return layout.codes == Codes::Fraction ? code(x, y) : std::clamp(code(x, y), 0., meaning.opaque);
+    const auto chroma = [&](int column, int row) { return std::clamp(code(column, row), -0x1p20, 0x1p20); };
     const auto inRow = [&](int row) {
-        if (layout.across == 1) return code(x, row);
-        return (code(2 * x - 1, row) + 2 * code(2 * x, row) + code(2 * x + 1, row)) / 4;
+        if (layout.across == 1) return chroma(x, row);
+        return (chroma(2 * x - 1, row) + 2 * chroma(2 * x, row) + chroma(2 * x + 1, row)) / 4;
     };
     const double value = layout.down == 1 ? inRow(y) : (inRow(2 * y) + inRow(2 * y + 1)) / 2;
     return std::clamp(value, meaning.chromaLeast, meaning.chromaMost);

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -53,6 +54,8 @@ TEST(CxID, ComparesWithPlainTextFromBothSides) {
     EXPECT_FALSE(id == nullptr);
     EXPECT_TRUE(CxID() == static_cast<const char*>(nullptr));
 }
+
+TEST(CxID, IsNoCondition) { EXPECT_FALSE((std::is_constructible_v<bool, CxID>)); }
 
 TEST(CxID, CopiesShareTheText) {
     const CxID id("copied", true);

@@ -2,12 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace {
 
 TEST(CxString, IsEmptyByDefaultAndFromNull) {
     EXPECT_TRUE(CxString().IsEmpty());
     EXPECT_TRUE(CxString(static_cast<const char*>(nullptr)).IsEmpty());
     EXPECT_TRUE(CxString(static_cast<const char16_t*>(nullptr)).IsEmpty());
+    EXPECT_TRUE(CxString(static_cast<const uint16_t*>(nullptr)).IsEmpty());
+    EXPECT_TRUE(CxString(nullptr).IsEmpty());
     EXPECT_STREQ(CxString(), "");
 }
 
@@ -60,6 +64,13 @@ TEST(CxString, Utf16BecomesUtf8OfOneToFourBytes) {
     EXPECT_STREQ(CxString(u"\u007f\u0080\u07ff\u0800\uffff\U00010000\U0010ffff"),
                  "\x7f\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
 }
+
+TEST(CxString, Utf16MayComeAsPlainNumbers) {
+    const uint16_t units[] = {'A', 0x20ac, 0xd83c, 0xdfa5, 0xdfa5, 0};
+    EXPECT_STREQ(CxString(units), "A\xE2\x82\xAC\xF0\x9F\x8E\xA5\xEF\xBF\xBD");
+}
+
+TEST(CxString, IsNoCondition) { EXPECT_FALSE((std::is_constructible_v<bool, CxString>)); }
 
 TEST(CxString, AnUnpairedSurrogateBecomesTheReplacementCharacter) {
     const char16_t leadAtEnd[] = {u'a', 0xd83c, 0};

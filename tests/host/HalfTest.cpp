@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <cfenv>
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -30,6 +32,34 @@ TEST(Half, EveryHalfReadsAsItsExactValue) {
         ASSERT_EQ(value, ModelValue(half)) << std::hex << bits;
         ASSERT_EQ(std::signbit(value), (half & 0x8000) != 0) << std::hex << bits;
     }
+}
+
+/// Bits of every half as a single, computed while the thread rounds in a direction.
+std::vector<uint32_t> ReadAllHalves(int rounding) {
+    std::vector<uint32_t> read(65536);
+    const int before = std::fegetround();
+    std::fesetround(rounding);
+    for (uint32_t bits = 0; bits < 65536; ++bits) {
+        const volatile uint16_t half =
+            static_cast<uint16_t>(bits); // read here, not before the direction is set
+        const volatile uint32_t value = std::bit_cast<uint32_t>(HalfToFloat(half));
+        read[bits] = value;
+    }
+    std::fesetround(before);
+    return read;
+}
+
+TEST(Half, AHalfReadsTheSameInEveryRoundingDirection) {
+    const std::vector<uint32_t> nearest = ReadAllHalves(FE_TONEAREST);
+    EXPECT_EQ(ReadAllHalves(FE_DOWNWARD), nearest);
+    EXPECT_EQ(ReadAllHalves(FE_UPWARD), nearest);
+    EXPECT_EQ(ReadAllHalves(FE_TOWARDZERO), nearest);
+}
+
+TEST(Half, ZeroKeepsItsSignWhenRoundingDownward) {
+    const std::vector<uint32_t> read = ReadAllHalves(FE_DOWNWARD);
+    EXPECT_EQ(read[0x0000], 0u);
+    EXPECT_EQ(read[0x8000], 0x80000000u);
 }
 
 TEST(Half, EveryHalfNanReadsAsANanOfTheSameSign) {

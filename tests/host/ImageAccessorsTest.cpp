@@ -291,6 +291,22 @@ TEST(ImageAccessors, WithARowTableOfAllOnesTheyReadTransparentBlackAndWriteNothi
         ExpectNoMainData(kind, reinterpret_cast<uint8_t**>(UINTPTR_MAX));
 }
 
+TEST(ImageAccessors, AtANullAddressTheyReadTransparentBlackAndWriteNothing) {
+    for (const ImageDataKind kind : allKinds) {
+        OnePixel pixel(kind);
+        pixel.SetAllFloat(1.0f);
+        pixel->SetPixel({1, 2, 3, 4}, nullptr, nullptr, pixel.Address());
+        pixel->SetPixelFloat({1, 2, 3, 4}, nullptr, nullptr, pixel.Address());
+        ExpectPixel(pixel.Get(), 65535, 65535, 65535, 65535);
+        Pixel read = {1, 2, 3, 4};
+        pixel->GetPixel(read, nullptr, nullptr, pixel.Address());
+        ExpectPixel(read, 0, 0, 0, 0);
+        PixelFloat readFloat = {1, 2, 3, 4};
+        pixel->GetPixelFloat(readFloat, nullptr, nullptr, pixel.Address());
+        EXPECT_EQ(readFloat.R + readFloat.G + readFloat.B + readFloat.A, 0.0f);
+    }
+}
+
 TEST(ImageAccessors, AddressesNeedNoAlignment) {
     for (const ImageDataKind kind : allKinds) {
         OnePixel pixel(kind);

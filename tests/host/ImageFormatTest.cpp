@@ -182,6 +182,16 @@ TEST_F(ImageFormatObject, LoadFrameFailsWithoutASizeOrWithAnUnknownKind) {
     EXPECT_EQ(image, nullptr);
 }
 
+TEST_F(ImageFormatObject, LoadFrameRefusesAKindWhoseLow32BitsAloneAreOne) {
+    format.width = format.height = 2;
+    tags.Set(FormatTag_DataKind, (int64_t{1} << 32) + ImageData_RGBA16, false);
+    EXPECT_FALSE(base.LoadFrameTagList(0, image, tags));
+    EXPECT_EQ(image, nullptr);
+    tags.Set(FormatTag_DataKind, (int64_t{-1} << 32) + ImageData_RGBA16, false);
+    EXPECT_FALSE(base.LoadFrameTagList(0, image, tags));
+    EXPECT_EQ(image, nullptr);
+}
+
 TEST_F(ImageFormatObject, AttributesAnswerWithTheSize) {
     format.width = 1920;
     format.height = 1080;

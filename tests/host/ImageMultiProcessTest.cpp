@@ -8,6 +8,8 @@
 #include <chrono>
 #include <mutex>
 #include <set>
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -119,6 +121,61 @@ TEST_F(ImageMultiProcess, AWaitingThreadTakesNoOtherRowOfAnOuterLoop) {
     Nesting nesting;
     image->DoMultiProcess(Nesting::Outer, &nesting, 500, nullptr, false);
     EXPECT_FALSE(nesting.reentered);
+}
+
+/// Two indices of which the first throws as soon as the second one runs, and this one then takes its time.
+struct Failing {
+    std::atomic<bool> secondRuns = false;
+    std::atomic<bool> firstThrows = false;
+    bool secondEnded = false;
+
+    static void Run(Image*, void* context, int index) {
+        Failing& failing = *static_cast<Failing*>(context);
+        const std::atomic<bool>& awaited = index == 0 ? failing.secondRuns : failing.firstThrows;
+        (index == 0 ? failing.firstThrows : failing.secondRuns) = true;
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!awaited && std::chrono::steady_clock::now() < limit)
+            std::this_thread::yield();
+        if (index == 0) throw std::runtime_error("row 0");
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        failing.secondEnded = true;
+    }
+};
+
+TEST_F(ImageMultiProcess, AnExceptionReachesTheCallerAfterTheRunningRowsHaveEnded) {
+    const tbb::global_control twoThreads(tbb::global_control::max_allowed_parallelism, 2);
+    tbb::task_arena arena(2);
+    Failing failing;
+    std::string reason;
+    arena.execute([&] {
+        try {
+            image->DoMultiProcess(Failing::Run, &failing, 2, nullptr, false);
+        } catch (const std::runtime_error& error) {
+            reason = error.what();
+        }
+    });
+    EXPECT_EQ(reason, "row 0");
+    EXPECT_TRUE(failing.secondEnded);
+}
+
+TEST_F(ImageMultiProcess, OfSeveralExceptionsOneReachesTheCallerAndTheNextLoopRuns) {
+    const auto fail = [](Image*, void*, int) { throw std::runtime_error("row"); };
+    for (int i = 0; i < 50; ++i)
+        EXPECT_THROW(image->DoMultiProcess(fail, nullptr, 200, nullptr, false), std::runtime_error);
+    std::atomic<int> calls = 0;
+    EXPECT_TRUE(image->DoMultiProcess(CountCall, &calls, 200, nullptr, false));
+    EXPECT_EQ(calls, 200);
+}
+
+TEST_F(ImageMultiProcess, AfterAnExceptionNoFurtherRowBegins) {
+    const tbb::global_control oneThread(tbb::global_control::max_allowed_parallelism, 1);
+    std::atomic<int> calls = 0;
+    const auto failFirst = [](Image*, void* context, int) {
+        ++*static_cast<std::atomic<int>*>(context);
+        throw std::runtime_error("row");
+    };
+    EXPECT_THROW(image->DoMultiProcess(failFirst, &calls, 1000, nullptr, false), std::runtime_error);
+    EXPECT_EQ(calls, 1);
 }
 
 TEST_F(ImageMultiProcess, SeveralThreadsMayRunLoopsAtOnce) {

@@ -73,7 +73,21 @@ TEST_F(PathMap, TheJointHasExactlyOneSeparator) {
     EXPECT_EQ(Mapped("TestMap:dir"), "/opt/test/dir");
     Define("TestMap:", "/opt/test");
     EXPECT_EQ(Mapped("TestMap:dir"), "/opt/test/dir");
-    EXPECT_EQ(Mapped("TestMap:\\dir"), "/opt/test\\dir");
+}
+
+TEST_F(PathMap, ABackslashIsNoSeparator) {
+    Define("TestMap:", "/opt/test");
+    EXPECT_EQ(Mapped("TestMap:\\dir"), "/opt/test/\\dir");
+    Define("Named", "/opt/named");
+    EXPECT_EQ(Mapped("Named\\dir"), "no map");
+    EXPECT_EQ(Mapped("Named/dir"), "/opt/named/dir");
+}
+
+TEST_F(PathMap, AMapToNothingLeavesTheRestAsItIs) {
+    Define("TestMap:", "");
+    EXPECT_EQ(Mapped("TestMap:dir/file"), "dir/file");
+    EXPECT_EQ(Mapped("TestMap:/dir"), "/dir");
+    EXPECT_EQ(Mapped("TestMap:"), "");
 }
 
 TEST_F(PathMap, NamesAreComparedWithoutCase) {

@@ -21,6 +21,15 @@ TEST(PlatformFile, AFileExistsAndADirectoryOrNothingDoesNot) {
     EXPECT_FALSE(Platform::FileExists(nullptr));
 }
 
+TEST(PlatformFile, APathIsTakenAsItIsGiven) {
+    const std::filesystem::path directory = testing::TempDir();
+    const std::filesystem::path library = directory / "libCorvexAsGiven.so";
+    std::ofstream(library) << "x";
+    EXPECT_TRUE(Platform::FileExists(library.c_str()));
+    EXPECT_FALSE(Platform::FileExists((directory / "CorvexAsGiven.dll").c_str()));
+    std::filesystem::remove(library);
+}
+
 TEST(EnvString, GivesTheValueAtTheTimeItWasMade) {
     setenv("CORVEX_ENVSTRING_TEST", "first", 1);
     const EnvString value("CORVEX_ENVSTRING_TEST", "default", true);
@@ -44,10 +53,14 @@ TEST(EnvString, AnEmptyValueIsAValue) {
 
 TEST(GetPathFromFileName, KeepsTheDirectoryWithItsLastSeparator) {
     EXPECT_STREQ(GetPathFromFileName("/opt/lib/file.so"), "/opt/lib/");
-    EXPECT_STREQ(GetPathFromFileName("dir\\sub\\file.dll"), "dir\\sub\\");
-    EXPECT_STREQ(GetPathFromFileName("dir\\sub/file.dll"), "dir\\sub/");
     EXPECT_STREQ(GetPathFromFileName("/opt/lib/"), "/opt/lib/");
     EXPECT_STREQ(GetPathFromFileName("/file"), "/");
+}
+
+TEST(GetPathFromFileName, ABackslashIsNoSeparator) {
+    EXPECT_STREQ(GetPathFromFileName("dir\\sub\\file.dll"), "");
+    EXPECT_STREQ(GetPathFromFileName("dir\\sub/file.dll"), "dir\\sub/");
+    EXPECT_STREQ(GetPathFromFileName("/dir/sub\\file.dll"), "/dir/");
 }
 
 TEST(GetPathFromFileName, APlainNameHasNoDirectory) {

@@ -47,6 +47,10 @@ TEST(PlatformLibrary, ADllPathKeepsItsDirectory) {
               std::string::npos);
 }
 
+TEST(PlatformLibrary, ABackslashIsPartOfALibrarysName) {
+    EXPECT_NE(LoadError("no\\NoSuchCodec.dll").find("libno\\NoSuchCodec.so:"), std::string::npos);
+}
+
 TEST(PlatformLibrary, OtherNamesStayAsTheyAre) {
     for (const char* name : {"NoSuchCodec.so", "libNoSuchCodec.so.2", "NoSuchCodec", "NoSuchCodec.dll.1"}) {
         EXPECT_EQ(LoadError(name).find(name), 0u) << name;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -197,6 +198,50 @@ TEST_F(RegistryList, TheCleanUpRunsOnceAtTheEndOfAStartedClass) {
 TEST_F(RegistryList, AClassThatWasNeverStartedIsNotCleanedUp) {
     { const Announcement made("FakeFormat", {parentTag}); }
     EXPECT_EQ(cleanups, 0);
+}
+
+TEST_F(RegistryList, AClassWhoseInitFunctionFailedIsCleanedUp) {
+    initResult = false;
+    {
+        Announcement made("FakeFormat", {parentTag});
+        made.registry.Start();
+    }
+    EXPECT_EQ(cleanups, 1);
+}
+
+TEST_F(RegistryList, AClassWithoutAnInitFunctionIsNotCleanedUp) {
+    {
+        Registry registry;
+        const TagItem array[] = {{RegTag_Cleanup, TagItem::FromPtr(CountCleanup)}, parentTag, {0, 0}};
+        registry._Init(ClassRegistry, CxID("NoInit", true), TagList(array, false));
+        EXPECT_TRUE(registry.Start());
+    }
+    EXPECT_EQ(cleanups, 0);
+}
+
+TEST_F(RegistryList, AnInitFunctionThatThrowsLeavesItsClassUnstarted) {
+    const auto init = +[](Registry*) -> bool { throw std::runtime_error("no licence"); };
+    Registry registry;
+    const TagItem array[] = {{RegTag_Init, TagItem::FromPtr(init)}, createTag, {0, 0}};
+    registry._Init(ClassRegistry, CxID("Throwing", true), TagList(array, false));
+    EXPECT_THROW(registry.Start(), std::runtime_error);
+    EXPECT_FALSE(registry.Start());
+    EXPECT_EQ(registry.Create(ScriptVal(), TagList()), nullptr);
+}
+
+/// An init function that already wants an object of its class.
+bool InitByCreating(Registry* registry) {
+    ++inits;
+    return !registry->Start() && registry->Create(ScriptVal(), TagList()) == nullptr;
+}
+
+TEST_F(RegistryList, AnInitFunctionFindsItsOwnClassUnstarted) {
+    Registry registry;
+    const TagItem array[] = {{RegTag_Init, TagItem::FromPtr(InitByCreating)}, createTag, {0, 0}};
+    registry._Init(ClassRegistry, CxID("Impatient", true), TagList(array, false));
+    EXPECT_TRUE(registry.Start());
+    EXPECT_EQ(inits, 1);
+    EXPECT_NE(registry.Create(ScriptVal(), TagList()), nullptr);
 }
 
 TEST_F(RegistryList, ThreadsThatStartAClassAtOnceRunItsInitFunctionOnce) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
 #include <utility>
 
 namespace {
@@ -92,6 +93,20 @@ TEST(ScriptVal, FindKeyCreatesTheEntryAndFindsItAgain) {
     value.FindKey("a") = "1";
     EXPECT_STREQ(value.FindKey("a").ToString(""), "1");
     EXPECT_EQ(value.Keys(), Keys({"a"}));
+}
+
+TEST(ScriptVal, FindKeyOnAValueThatIsNoTableMakesItOne) {
+    ScriptVal value;
+    value = "text";
+    value.FindKey("key") = "1";
+    EXPECT_TRUE(value.IsTable());
+    EXPECT_EQ(value.Keys(), Keys({"key"}));
+}
+
+TEST(ScriptVal, NumbersAreNotAssigned) {
+    EXPECT_FALSE((std::is_assignable_v<ScriptVal&, int>));
+    EXPECT_FALSE((std::is_assignable_v<ScriptVal&, double>));
+    EXPECT_FALSE((std::is_assignable_v<ScriptVal&, bool>));
 }
 
 TEST(ScriptVal, FindKeyConstCreatesNothing) {
@@ -208,6 +223,7 @@ TEST_F(ScriptValMetadata, TheStepsReplaceAValueThatIsNoTable) {
 }
 
 TEST_F(ScriptValMetadata, TheStepsKeepWhatIsThere) {
+    image->ImageInfo.Set(ScriptVal_Table, nullptr);
     image->ImageInfo.FindKey("Other") = "kept";
     WriteMetadata(*image, "A", "1");
     WriteMetadata(*image, "A", "2");

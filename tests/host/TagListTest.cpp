@@ -70,6 +70,13 @@ TEST(TagList, FindNextOfTheLastPairIsNull) {
     EXPECT_EQ(list.FindNext(list.Find(integerTag)), nullptr);
 }
 
+TEST(TagList, FindNextOfNothingIsNull) {
+    TagList list;
+    EXPECT_EQ(list.FindNext(nullptr), nullptr);
+    list.Set(integerTag, 1, false);
+    EXPECT_EQ(list.FindNext(list.Find(doubleTag)), nullptr);
+}
+
 TEST(TagList, StringsSurviveTheirSource) {
     TagList list;
     {
@@ -104,21 +111,21 @@ TEST(TagList, NullTextCountsAsEmpty) {
 
 TEST(TagList, GetLongOfADoubleTruncates) {
     TagList list;
-    list.SetDouble(doubleTag, 2.9);
+    list.Set(doubleTag, 2.9, false);
     EXPECT_EQ(list.GetLong(doubleTag, 0), 2);
-    list.SetDouble(doubleTag, -2.9);
+    list.Set(doubleTag, -2.9, false);
     EXPECT_EQ(list.GetLong(doubleTag, 0), -2);
 }
 
 TEST(TagList, GetLongOfADoubleStaysInTheRangeOfTheResult) {
     TagList list;
-    list.SetDouble(doubleTag, 1e300);
+    list.Set(doubleTag, 1e300, false);
     EXPECT_EQ(list.GetLong(doubleTag, 0), std::numeric_limits<int64_t>::max());
-    list.SetDouble(doubleTag, -HUGE_VAL);
+    list.Set(doubleTag, -HUGE_VAL, false);
     EXPECT_EQ(list.GetLong(doubleTag, 0), std::numeric_limits<int64_t>::min());
-    list.SetDouble(doubleTag, -9223372036854775808.0);
+    list.Set(doubleTag, -9223372036854775808.0, false);
     EXPECT_EQ(list.GetLong(doubleTag, 0), std::numeric_limits<int64_t>::min());
-    list.SetDouble(doubleTag, std::nan(""));
+    list.Set(doubleTag, std::nan(""), false);
     EXPECT_EQ(list.GetLong(doubleTag, 5), 0);
 }
 
@@ -131,16 +138,50 @@ TEST(TagList, GetDoubleOfAnIntegerConverts) {
 TEST(TagList, NumbersAreConvertedToTheKindOfTheTagTheyAreSetUnder) {
     TagList list;
     list.Set(doubleTag, 3, false);
-    list.SetDouble(integerTag, 3.75);
+    list.Set(integerTag, 3.75, false);
     EXPECT_EQ(list.GetDouble(doubleTag, 0), 3.0);
     EXPECT_EQ(list.GetLong(integerTag, 0), 3);
+}
+
+template <typename Number>
+constexpr bool canBeSet = requires(TagList list, Number number) {
+    list.Set(integerTag, number, false);
+};
+
+template <typename Number>
+void ExpectLimitsAreKept() {
+    TagList list;
+    for (const Number limit : {std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()}) {
+        list.Set(integerTag, limit, false);
+        EXPECT_EQ(list.GetLong(integerTag, 0), static_cast<int64_t>(limit));
+        list.Set(doubleTag, limit, false);
+        EXPECT_EQ(list.GetDouble(doubleTag, 0), static_cast<double>(limit));
+    }
+}
+
+TEST(TagList, IntegersOfEverySizeKeepTheirValue) {
+    ExpectLimitsAreKept<int8_t>();
+    ExpectLimitsAreKept<uint16_t>();
+    ExpectLimitsAreKept<int>();
+    ExpectLimitsAreKept<uint32_t>();
+    ExpectLimitsAreKept<int64_t>();
+    EXPECT_FALSE(canBeSet<uint64_t>);
+}
+
+TEST(TagList, FractionsOfEverySizeKeepTheirValue) {
+    TagList list;
+    list.Set(doubleTag, 23.976, false);
+    EXPECT_EQ(list.GetDouble(doubleTag, 0), 23.976);
+    list.Set(doubleTag, 0.1f, false);
+    EXPECT_EQ(list.GetDouble(doubleTag, 0), static_cast<double>(0.1f));
+    EXPECT_FALSE(canBeSet<long double>);
 }
 
 TEST(TagList, AValueThatDoesNotFitTheTagsKindIsNotStored) {
     TagList list;
     int target = 0;
     list.Set(textTag, 5, false);
-    list.SetDouble(pointerTag, 1.0);
+    list.Set(pointerTag, 1.0, false);
     list.SetPtr(textTag, &target);
     list.SetPtr(integerTag, &target);
     list.Add(pointerTag, "text");
@@ -230,6 +271,53 @@ TEST(TagList, SetTagsTakesOverAnotherList) {
     list.SetTags(&source, false);
     EXPECT_EQ(list.GetLong(integerTag, 0), 2);
     EXPECT_STREQ(list.GetString(textTag, ""), "text");
+}
+
+TEST(TagList, SetTagsAppendsRepeatablePairs) {
+    TagList source;
+    source.Add(repeatedTag, "two");
+    TagList list;
+    list.Add(repeatedTag, "one");
+    list.SetTags(&source, false);
+    list.SetTags(&source, false);
+    EXPECT_EQ(Texts(list, repeatedTag), std::vector<std::string>({"one", "two", "two"}));
+}
+
+TEST(TagList, SetOfOneTagReplacesTheFirstPairAlsoOfARepeatableTag) {
+    TagList list;
+    list.Add(repeatedTag, "one");
+    list.Add(repeatedTag, "two");
+    list.Set(repeatedTag, CxID("three", true), false);
+    EXPECT_EQ(Texts(list, repeatedTag), std::vector<std::string>({"three", "two"}));
+}
+
+TEST(TagList, DeleteRemovesAllPairsOfATagAndKeepsTheRestInOrder) {
+    TagList list;
+    list.Add(repeatedTag, "one");
+    list.Set(integerTag, 1, false);
+    list.Add(repeatedTag, "two");
+    list.Add(textTag, "text");
+    list.Add(repeatedTag, "three");
+    list.Delete(repeatedTag);
+    EXPECT_FALSE(list.FindQuery(repeatedTag));
+    ASSERT_EQ(list.Items().size(), 2u);
+    EXPECT_EQ(list.Items()[0].tag, integerTag);
+    EXPECT_STREQ(list.Items()[1].Text(), "text");
+}
+
+TEST(TagList, DeleteOfATagThatIsNotThereChangesNothing) {
+    TagList list;
+    list.Set(integerTag, 1, false);
+    list.Delete(doubleTag);
+    EXPECT_EQ(list.GetLong(integerTag, 0), 1);
+}
+
+TEST(TagList, ADeletedTagMayBeAddedAgain) {
+    TagList list;
+    list.Add(repeatedTag, "old");
+    list.Delete(repeatedTag);
+    list.Add(repeatedTag, "new");
+    EXPECT_EQ(Texts(list, repeatedTag), std::vector<std::string>({"new"}));
 }
 
 TEST(TagList, AListMayBeTheSourceOfItsOwnTags) {

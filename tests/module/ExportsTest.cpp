@@ -26,12 +26,13 @@ std::string PathOfTheModule() {
     return dladdr(address, &info) != 0 ? info.dli_fname : "";
 }
 
-std::string Demangled(const char* symbol) {
+/// A mangled name with what it stands for.
+std::string Explained(const std::string& symbol) {
     int status = 0;
-    char* const text = abi::__cxa_demangle(symbol, nullptr, nullptr, &status);
-    std::string name = status == 0 ? text : symbol;
+    char* const text = abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status);
+    std::string explained = status == 0 ? symbol + ", " + text : symbol;
     std::free(text);
-    return name;
+    return explained;
 }
 
 /// Copies the `index`-th record of a table that begins at `offset` of a file's bytes.
@@ -48,7 +49,7 @@ bool IsDefinedForOthers(const ElfW(Sym) & symbol) {
            ELF64_ST_VISIBILITY(symbol.st_other) == STV_DEFAULT;
 }
 
-/// Names that an ELF file defines in its dynamic symbol table.
+/// Mangled names that an ELF file defines in its dynamic symbol table.
 Names ExportedNames(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
     const std::vector<char> file(std::istreambuf_iterator<char>(stream), {});
@@ -60,8 +61,7 @@ Names ExportedNames(const std::string& path) {
         const auto strings = RecordAt<ElfW(Shdr)>(file, header.e_shoff, symbols.sh_link);
         for (size_t i = 0; i < symbols.sh_size / sizeof(ElfW(Sym)); ++i) {
             const auto symbol = RecordAt<ElfW(Sym)>(file, symbols.sh_offset, i);
-            if (IsDefinedForOthers(symbol))
-                names.insert(Demangled(file.data() + strings.sh_offset + symbol.st_name));
+            if (IsDefinedForOthers(symbol)) names.insert(file.data() + strings.sh_offset + symbol.st_name);
         }
     }
     return names;
@@ -81,9 +81,9 @@ TEST(Exports, AreExactlyTheListedNames) {
     const Names exported = ExportedNames(path);
     const Names listed = ListedNames();
     for (const std::string& name : exported)
-        EXPECT_TRUE(listed.contains(name)) << "not listed: " << name;
+        EXPECT_TRUE(listed.contains(name)) << "not listed: " << Explained(name);
     for (const std::string& name : listed)
-        EXPECT_TRUE(exported.contains(name)) << "not exported: " << name;
+        EXPECT_TRUE(exported.contains(name)) << "not exported: " << Explained(name);
     EXPECT_FALSE(exported.empty());
 }
 

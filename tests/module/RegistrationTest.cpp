@@ -6,28 +6,83 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+
 namespace {
+
+/// An encoder that a test adds to the registry.
+const std::string foreignEncoder = "Encoder of another binary";
+
+using Names = std::vector<std::string>;
+
+/// Every back-end in the order of registration. One whose library is missing on a machine is not there.
+const Names backEnds = {"FFmpeg", "Avid DNX", "Apple ProRes", "Uncompressed", "DXVA"};
+
+/// Codes that the back-ends claim, each by at least one of them; `avc1` and `avci` by two.
+const std::vector<uint32_t> codes = {FourCC("avc1"), FourCC("avci"), FourCC("AVdn"), FourCC("AVdh"),
+                                     FourCC("apch"), FourCC("apcn"), FourCC("v210"), 24};
+
+/// The names in the order of registration.
+Names InOrder(const Names& names) {
+    Names ordered;
+    for (const std::string& name : backEnds)
+        if (std::find(names.begin(), names.end(), name) != names.end()) ordered.push_back(name);
+    return ordered;
+}
+
+Names FactoriesOf(uint32_t fourCC) {
+    Names names;
+    for (const CxAbstractCodecFactory* factory : CxAVCodecRegistry::GetDecoderFactories(fourCC))
+        names.push_back(factory->GetName());
+    return names;
+}
+
+/// The encoder rows of the back-ends that came with the module.
+std::vector<CxEncoderInfo> CatalogueRows() {
+    std::vector<CxEncoderInfo> rows;
+    CxAVCodecRegistry::ListAllCodecs(true, rows);
+    std::erase_if(rows, [](const CxEncoderInfo& row) { return row.name == foreignEncoder; });
+    return rows;
+}
 
 TEST(Registration, TheUncompressedBackEndIsThereWhenTheModuleIsLoaded) {
     for (const char* const text : {"2vuy", "2Vuy", "uyvy", "yuv2", "v210", "v216", "BGRA", "b64a", "r210"}) {
-        const uint32_t fourCC = FourCC({text[0], text[1], text[2], text[3], '\0'});
-        const auto factories = CxAVCodecRegistry::GetDecoderFactories(fourCC);
-        ASSERT_EQ(factories.size(), 1u) << text;
-        EXPECT_EQ(factories[0]->name, "Uncompressed");
+        const Names names = FactoriesOf(FourCC({text[0], text[1], text[2], text[3], '\0'}));
+        EXPECT_EQ(std::count(names.begin(), names.end(), "Uncompressed"), 1) << text;
     }
 }
 
 TEST(Registration, TheEncodersAreListedWhenTheModuleIsLoaded) {
-    std::vector<CxEncoderInfo> rows;
-    ASSERT_TRUE(CxAVCodecRegistry::ListAllCodecs(true, rows));
-    ASSERT_GE(rows.size(), 8u);
-    EXPECT_EQ(rows[0].name, "Uncompressed RGB 8-bit");
-    EXPECT_EQ(rows[7].name, "Uncompressed YUV 422 16-bit");
+    const std::vector<CxEncoderInfo> rows = CatalogueRows();
+    const std::map<std::string, uint32_t> expected = {{"Uncompressed RGB 8-bit", 24},
+                                                      {"Uncompressed ARGB 16 bit", FourCC("b64a")},
+                                                      {"Uncompressed YUV 422 16-bit", FourCC("v216")}};
+    std::map<std::string, uint32_t> found;
+    for (const CxEncoderInfo& row : rows)
+        if (expected.contains(row.name)) found[row.name] = row.fourCC;
+    EXPECT_EQ(found, expected);
+}
+
+TEST(Registration, FactoriesThatClaimOneCodeStandInTheFixedOrder) {
+    for (const uint32_t fourCC : codes)
+        EXPECT_EQ(FactoriesOf(fourCC), InOrder(FactoriesOf(fourCC))) << fourCC;
+}
+
+TEST(Registration, TheRowsOfTheCatalogueStandInTheFixedOrderOfTheirBackEnds) {
+    Names makers;
+    for (const CxEncoderInfo& row : CatalogueRows()) {
+        const CodecPointer encoder = NewEncoder(row.name);
+        ASSERT_NE(encoder, nullptr) << row.name;
+        if (makers.empty() || makers.back() != encoder->GetName()) makers.push_back(encoder->GetName());
+    }
+    EXPECT_EQ(makers, InOrder(makers));
+    EXPECT_FALSE(makers.empty());
 }
 
 TEST(Registration, AnImageGoesThroughAnEncoderAndADecoderOfTheModule) {
-    std::mt19937 random = NewRandom();
-    const ImagePointer image = NewImage(13, 7, ImageData_RGBA16);
+    std::mt19937 random = MakeRandom();
+    const ImagePtr image = MakeImage(13, 7, ImageData_RGBA16);
     FillAtRandom(*image, random);
     const CodecPointer encoder = NewEncoder("Uncompressed ARGB 16 bit");
     ASSERT_NE(encoder, nullptr);
@@ -36,7 +91,7 @@ TEST(Registration, AnImageGoesThroughAnEncoderAndADecoderOfTheModule) {
     MemoryTrackSource source(FourCC("b64a"), 13, 7, {sample}, MemoryTrackSource::Delivery::CallersBuffer);
     const CodecPointer decoder = NewDecoder(source);
     ASSERT_NE(decoder, nullptr);
-    const ImagePointer decoded = NewImage(13, 7, ImageData_RGBA16);
+    const ImagePtr decoded = MakeImage(13, 7, ImageData_RGBA16);
     ASSERT_EQ(Decode(*decoder, 0, decoded.get()), CxAV_OK);
     for (int32_t y = 0; y < 7; ++y)
         for (int32_t x = 0; x < 13; ++x)
@@ -45,7 +100,7 @@ TEST(Registration, AnImageGoesThroughAnEncoderAndADecoderOfTheModule) {
 
 TEST(Registration, ABackEndOfAnotherBinaryCanBeAdded) {
     const uint32_t fourCC = NewFourCC();
-    const auto backEnd = NewBackEnd({fourCC}, {EncoderRow("Encoder of another binary")});
+    const auto backEnd = NewBackEnd({fourCC}, {EncoderRow(foreignEncoder)});
     CxAbstractCodecFactory* const factory = Register(backEnd);
     ASSERT_NE(factory, nullptr);
     MemoryTrackSource source(fourCC, 4, 2, {{1, 2, 3}});
@@ -56,14 +111,14 @@ TEST(Registration, ABackEndOfAnotherBinaryCanBeAdded) {
         EXPECT_EQ(decoder->getDataSource(), &source);
         EXPECT_EQ(decoder->GetDataBufferSize(), 3);
         EXPECT_NE(decoder->GetDataBuffer(), nullptr);
-        EXPECT_NE(NewEncoder("Encoder of another binary"), nullptr);
+        EXPECT_NE(NewEncoder(foreignEncoder), nullptr);
     }
     EXPECT_EQ(backEnd->codecsMade, 2);
     EXPECT_EQ(backEnd->codecsDeleted, 2);
 }
 
 TEST(Registration, ThePixelConversionsAreExported) {
-    const ImagePointer image = NewImage(1, 1, ImageData_RGBA16);
+    const ImagePtr image = MakeImage(1, 1, ImageData_RGBA16);
     SetPixelAt(*image, 0, 0, {0x1200, 0x3400, 0x5600, 0x7800});
     Image* picture = image.get();
     uint8_t* blob = nullptr;

@@ -128,6 +128,44 @@ TEST(PixelFormatTable, Nv12RowsHoldWholePairsOfChroma) {
     EXPECT_EQ(FindPixelFormat(FourCC("nv12"))->least.Bytes(51), 52u);
 }
 
+uint64_t Read(const char (&code)[5], int32_t imageWidth, int32_t height, int32_t rowBytes) {
+    return BytesRead(*FindPixelFormat(FourCC(code)), imageWidth, height, rowBytes);
+}
+
+TEST(PixelFormatTable, AConversionReadsWholeRowsAndOfTheLastRowItsPixels) {
+    for (const Line& line : lines) {
+        if (line.read == none || line.fourCC == FourCC("nv12") || line.fourCC == FourCC("rp16")) continue;
+        EXPECT_EQ(BytesRead(*FindPixelFormat(line.fourCC), width, 4, 900), 3 * 900u + line.least)
+            << Name(line);
+    }
+}
+
+TEST(PixelFormatTable, AConversionReadsEveryPlane) {
+    EXPECT_EQ(Read("rp16", 50, 4, 104), 11 * 104u + 100);
+    EXPECT_EQ(Read("nv12", 50, 4, 64), 5 * 64u + 50);
+    EXPECT_EQ(Read("nv12", 49, 5, 64), 7 * 64u + 50);
+}
+
+TEST(PixelFormatTable, AConversionReadsThePairOfItsLastPixelWhereTheRowHasRoomForIt) {
+    EXPECT_EQ(Read("2vuy", 5, 2, 10), 10u + 10);
+    EXPECT_EQ(Read("2vuy", 5, 2, 11), 11u + 10);
+    EXPECT_EQ(Read("2vuy", 5, 2, 12), 12u + 12);
+    EXPECT_EQ(Read("yv16", 5, 2, 40), 40u + 36);
+    EXPECT_EQ(Read("v408", 5, 2, 40), 40u + 20);
+}
+
+TEST(PixelFormatTable, AConversionOfNoPixelsReadsNothing) {
+    EXPECT_EQ(Read("b64a", 0, 4, 800), 0u);
+    EXPECT_EQ(Read("b64a", 4, 0, 800), 0u);
+    EXPECT_EQ(Read("b64a", -1, 4, 800), 0u);
+    EXPECT_EQ(Read("b64a", 4, -1, 800), 0u);
+}
+
+TEST(PixelFormatTable, TheLargestImageDoesNotWrapTheBytesThatAreRead) {
+    constexpr int32_t most = 0x7fffffff;
+    EXPECT_EQ(Read("rp16", most, most, most), (3ull * most - 1) * most + 2ull * most);
+}
+
 TEST(PixelFormatTable, HoldsNoOtherCodes) {
     constexpr size_t unknown = 2;
     EXPECT_EQ(pixel_formats::all.size(), std::size(lines) - unknown);

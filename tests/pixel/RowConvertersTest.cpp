@@ -221,16 +221,23 @@ TEST(RowConverters, ShiftsTo8BitsWithoutRounding) {
     ExpectWritten({0x00FF, 0x01FF, 0xFEFF, 0}, 24, {0x00, 0x01, 0xFE});
 }
 
-TEST(RowConverters, WidthOf0ConvertsNothing) {
-    for (const uint32_t fourCC : {uint32_t{24}, FourCC("b64a"), FourCC("a48r"), FourCC("r210")}) {
-        ImagePtr owner = MakeImage(0, 2);
-        Image* image = owner.get();
-        Bytes blob(64, 0xA5);
-        uint8_t* data = blob.data();
-        EXPECT_TRUE(PixelConvert::ImageToBlob(image, static_cast<int32_t>(fourCC), 32, data, false));
-        EXPECT_EQ(blob, Bytes(64, 0xA5));
-        EXPECT_TRUE(PixelConvert::BlobToImage(blob.data(), 32, fourCC, image));
-    }
+TEST(RowConverters, BgraWrites0x12FFAs0x12WithoutRounding) {
+    ExpectWritten({0x12FF, 0x12FF, 0x12FF, 0x12FF}, FourCC("BGRA"), {0x12, 0x12, 0x12, 0x12});
+}
+
+void ConvertNoPixels(RowPacking packing, ImageDataKind kind) {
+    const ImagePtr image = MakeImage(0, 1, kind);
+    Bytes blob(32, 0xA5);
+    RowContext context = {rowMarkerWithAlpha, 32, blob.data()};
+    if (IsWritable(packing)) ScalarRowWriter(packing)(image.get(), &context, 0);
+    ScalarRowReader(packing)(image.get(), &context, 0);
+    EXPECT_EQ(blob, Bytes(32, 0xA5));
+}
+
+TEST(RowConverters, WidthOf0ConvertsNothingInAnyPackingAndKindOfImage) {
+    for (size_t i = 0; i < rowPackingCount; ++i)
+        for (const auto kind : {ImageData_RGBA8, ImageData_RGBA16, ImageData_RGBAHalf, ImageData_RGBAFloat})
+            ConvertNoPixels(static_cast<RowPacking>(i), kind);
 }
 
 TEST(RowConverters, A48rWritesPureWhiteAs60160AndKeepsOpaqueAlpha) {

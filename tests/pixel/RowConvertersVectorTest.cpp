@@ -3,119 +3,16 @@
 
 #include "pixel/RowConvertersVector.h"
 
-#include "PixelTestSupport.h"
-#include "pixel/RowConverters.h"
+#include "RowVectorTestSupport.h"
 
-#include <gtest/gtest.h>
-#include <hwy/highway.h>
-
-#include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <limits>
 #include <set>
-#include <span>
 
 namespace {
 
 constexpr int32_t widest = 130;
-constexpr ImageDataKind kinds[] = {ImageData_RGBA8, ImageData_RGBA16, ImageData_RGBAHalf,
-                                   ImageData_RGBAFloat};
-
-/// Instruction sets of this machine that have vectors.
-std::vector<int64_t> VectorTargets() {
-    std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();
-    std::erase_if(targets, [](int64_t target) { return target == HWY_SCALAR || target == HWY_EMU128; });
-    return targets;
-}
-
-/// Makes the library choose one instruction set until the end of its life.
-class ForcedTarget {
-public:
-    explicit ForcedTarget(int64_t target) {
-        hwy::SetSupportedTargetsForTest(target);
-        hwy::GetChosenTarget().DeInit();
-    }
-    ~ForcedTarget() {
-        hwy::SetSupportedTargetsForTest(0);
-        hwy::GetChosenTarget().DeInit();
-    }
-};
-
-/// Whether an instruction set has vector forms for images of a kind: all but half, which the two oldest do
-/// not convert.
-bool HasForm(int64_t target, ImageDataKind kind) {
-    return kind != ImageData_RGBAHalf || (target != HWY_SSSE3 && target != HWY_SSE4);
-}
-
-void ForEachTarget(const std::function<void(int64_t)>& test) {
-    const std::vector<int64_t> targets = VectorTargets();
-    ASSERT_FALSE(targets.empty()) << "no vector instruction set was dispatched";
-    for (const int64_t target : targets) {
-        SCOPED_TRACE(hwy::TargetName(target));
-        const ForcedTarget forced(target);
-        test(target);
-        if (testing::Test::HasFatalFailure()) return;
-    }
-}
-
-/// Each packing with each kind of image that the instruction set has vector forms for.
-void ForEachPacking(int64_t target, const std::function<void(RowPacking, ImageDataKind)>& test) {
-    for (size_t i = 0; i < rowPackingCount; ++i) {
-        for (const ImageDataKind kind : kinds) {
-            if (!HasForm(target, kind)) continue;
-            SCOPED_TRACE("packing " + std::to_string(i) + ", kind " + std::to_string(kind));
-            test(static_cast<RowPacking>(i), kind);
-            if (testing::Test::HasFatalFailure()) return;
-        }
-    }
-}
-
-/// Ways to fill a buffer: random and the extremes.
-using Fill = std::function<void(std::span<uint8_t>)>;
-
-std::vector<Fill> Fills(std::mt19937& random) {
-    const auto alternate = [](size_t period) {
-        return [period](std::span<uint8_t> bytes) {
-            for (size_t i = 0; i < bytes.size(); ++i)
-                bytes[i] = i / period % 2 == 0 ? 0x00 : 0xFF;
-        };
-    };
-    return {
-        [&random](std::span<uint8_t> bytes) {
-            std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random()); });
-        },
-        [](std::span<uint8_t> bytes) { std::fill(bytes.begin(), bytes.end(), uint8_t{0x00}); },
-        [](std::span<uint8_t> bytes) { std::fill(bytes.begin(), bytes.end(), uint8_t{0xFF}); },
-        alternate(1),
-        alternate(2),
-        alternate(8),
-    };
-}
-
-/// An image of one row, which is the given memory.
-class RowImage {
-public:
-    RowImage(int32_t width, ImageDataKind kind, uint8_t* row)
-        : image_(MakeImage(width, 1, kind)), rows_{row} {
-        image_->RowTable = rows_;
-    }
-    Image* get() const { return image_.get(); }
-
-private:
-    ImagePtr image_;
-    uint8_t* rows_[1];
-};
-
-size_t BlobBytes(RowPacking packing, int32_t width) {
-    const size_t planes = LayoutOf(packing).word == RowWord::Plane16 ? 3 : 1;
-    return planes * LayoutOf(packing).BytesPerPixel() * static_cast<size_t>(width);
-}
-
-RowContext ContextOf(RowPacking packing, int32_t width, uint8_t* blob) {
-    return {rowMarkerWithAlpha, static_cast<int32_t>(LayoutOf(packing).BytesPerPixel()) * width, blob};
-}
 
 /// Writes one row by both forms, the vector form within guarded memory.
 void CompareWriters(RowPacking packing, ImageDataKind kind, int32_t width, GuardedBytes::Guard guard,
@@ -171,8 +68,8 @@ void CompareAtEveryWidth(RowPacking packing, ImageDataKind kind, Compare compare
 
 TEST(RowConvertersVector, WritesTheBytesOfTheScalarFormAndNoOthers) {
     std::mt19937 random = MakeRandom();
-    ForEachTarget([&](int64_t target) {
-        ForEachPacking(target, [&](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([&] {
+        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
             if (IsWritable(packing)) CompareAtEveryWidth(packing, kind, CompareWriters, random);
         });
     });
@@ -180,8 +77,8 @@ TEST(RowConvertersVector, WritesTheBytesOfTheScalarFormAndNoOthers) {
 
 TEST(RowConvertersVector, ReadsThePixelsOfTheScalarFormAndNoOthers) {
     std::mt19937 random = MakeRandom();
-    ForEachTarget([&](int64_t target) {
-        ForEachPacking(target, [&](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([&] {
+        ForEachPacking([&](RowPacking packing, ImageDataKind kind) {
             CompareAtEveryWidth(packing, kind, CompareReaders, random);
         });
     });
@@ -198,8 +95,8 @@ Fill AllWords() {
 }
 
 TEST(RowConvertersVector, WritesEachOf65536ChannelValuesAsTheScalarFormDoes) {
-    ForEachTarget([](int64_t target) {
-        ForEachPacking(target, [](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([] {
+        ForEachPacking([](RowPacking packing, ImageDataKind kind) {
             if (IsWritable(packing))
                 CompareWriters(packing, kind, 65536, GuardedBytes::Guard::Behind, AllWords());
         });
@@ -247,7 +144,7 @@ Fill Repeat(const std::vector<float>& floats) {
 }
 
 TEST(RowConvertersVector, RoundsFloatsAsTheScalarFormDoesOnBothSidesOfEachStep) {
-    ForEachTarget([](int64_t) {
+    ForEachTarget([] {
         const auto compare = [](RowPacking packing, const std::vector<float>& floats) {
             const auto width = static_cast<int32_t>(floats.size() + 40);
             CompareWriters(packing, ImageData_RGBAFloat, width, GuardedBytes::Guard::Behind, Repeat(floats));
@@ -259,8 +156,8 @@ TEST(RowConvertersVector, RoundsFloatsAsTheScalarFormDoesOnBothSidesOfEachStep) 
 }
 
 TEST(RowConvertersVector, TakesUnusualFloatsAsTheScalarFormDoes) {
-    ForEachTarget([](int64_t target) {
-        ForEachPacking(target, [](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([] {
+        ForEachPacking([](RowPacking packing, ImageDataKind kind) {
             if (!IsWritable(packing) || kind != ImageData_RGBAFloat) return;
             CompareWriters(packing, kind, 64, GuardedBytes::Guard::Behind, Repeat(UnusualFloats()));
         });
@@ -268,8 +165,8 @@ TEST(RowConvertersVector, TakesUnusualFloatsAsTheScalarFormDoes) {
 }
 
 TEST(RowConvertersVector, ReadsEachOf65536WordValuesAsTheScalarFormDoes) {
-    ForEachTarget([](int64_t target) {
-        ForEachPacking(target, [](RowPacking packing, ImageDataKind kind) {
+    ForEachTarget([] {
+        ForEachPacking([](RowPacking packing, ImageDataKind kind) {
             CompareReaders(packing, kind, 65536, GuardedBytes::Guard::Behind, AllWords());
         });
     });
@@ -284,29 +181,10 @@ TEST(RowConvertersVector, ReadsEachOf1024TenBitValuesAsTheScalarFormDoes) {
                 bytes[i + j] = static_cast<uint8_t>(word >> (24 - 8 * j));
         }
     };
-    ForEachTarget([&](int64_t target) {
+    ForEachTarget([&] {
         for (const ImageDataKind kind : kinds)
-            if (HasForm(target, kind))
+            if (HasForm(kind))
                 CompareReaders(RowPacking::R210, kind, 1024, GuardedBytes::Guard::Behind, allTenBits);
-    });
-}
-
-TEST(RowConvertersVector, WorksOnRowsOfAnyAlignment) {
-    std::mt19937 random = MakeRandom();
-    ForEachTarget([&](int64_t target) {
-        ForEachPacking(target, [&](RowPacking packing, ImageDataKind kind) {
-            constexpr int32_t width = 77;
-            std::vector<uint8_t> blob(BlobBytes(packing, width) + 1);
-            std::vector<uint8_t> pixels(BytesPerPixelOf(kind) * width + 1);
-            std::vector<uint8_t> expected(pixels.size());
-            std::generate(blob.begin(), blob.end(), [&] { return static_cast<uint8_t>(random()); });
-            const RowImage image(width, kind, pixels.data() + 1);
-            const RowImage expectedImage(width, kind, expected.data() + 1);
-            RowContext context = ContextOf(packing, width, blob.data() + 1);
-            VectorRowReader(packing, *image.get())(image.get(), &context, 0);
-            ScalarRowReader(packing)(expectedImage.get(), &context, 0);
-            ASSERT_EQ(pixels, expected);
-        });
     });
 }
 
@@ -314,7 +192,7 @@ TEST(RowConvertersVector, EachInstructionSetHasConvertersOfItsOwn) {
     const ImagePtr image = MakeImage(1, 1);
     std::set<Image::RowFunction> readers;
     std::set<Image::RowFunction> writers;
-    ForEachTarget([&](int64_t) {
+    ForEachTarget([&] {
         readers.insert(VectorRowReader(RowPacking::B64a, *image));
         writers.insert(VectorRowWriter(RowPacking::B64a, *image));
     });
@@ -349,12 +227,10 @@ TEST(RowConvertersVector, LeavesImagesWithGapsBetweenPixelsAlone) {
     ExpectNoVectorForm(*image);
 }
 
-TEST(RowConvertersVector, LeavesHalfPrecisionImagesToTheScalarFormWhereTheMachineCannotConvertThem) {
-    const ImagePtr image = MakeImage(8, 1, ImageData_RGBAHalf);
-    ForEachTarget([&](int64_t target) {
-        EXPECT_EQ(VectorRowReader(RowPacking::B64a, *image) != nullptr, HasForm(target, ImageData_RGBAHalf));
-        EXPECT_EQ(VectorRowWriter(RowPacking::B64a, *image) != nullptr, HasForm(target, ImageData_RGBAHalf));
-    });
+TEST(RowConvertersVector, AnInstructionSetOfThisMachineTakesHalfPrecisionImages) {
+    int count = 0;
+    ForEachTarget([&] { count += HasForm(ImageData_RGBAHalf); });
+    EXPECT_GE(count, 1);
 }
 
 TEST(RowConvertersVector, HasNoWriterForRp16) {

@@ -22,7 +22,7 @@ std::string JsonText(const Report& report, const std::optional<ToolError>& failu
     object["errors"] = nlohmann::ordered_json::array();
     if (failure) object["errors"].push_back(OneLine(failure->what()));
     object["warnings"] = report.warnings;
-    object["result"] = report.result;
+    object["result"] = failure ? nlohmann::ordered_json() : report.result;
     // File names and metadata need not be UTF-8.
     return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
