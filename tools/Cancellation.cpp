@@ -21,6 +21,6 @@ void CatchSignals() {
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-void ThrowIfCancelled() {
-    if (cancelled) throw ToolError(ExitStatus::Cancelled, "corvexvf", "cancelled");
+void ThrowIfCancelled(const std::string& file) {
+    if (cancelled) throw ToolError(ExitStatus::Cancelled, file, "cancelled");
 }

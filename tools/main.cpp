@@ -18,9 +18,9 @@ int RunCall(int argc, char** argv) {
     } catch (const ToolError& error) {
         failure = error;
     } catch (const std::bad_alloc&) {
-        failure = ToolError(ExitStatus::JobFailed, "corvexvf", "not enough memory");
+        failure = ToolError(ExitStatus::JobFailed, "memory", "not enough for this job");
     } catch (const std::exception& error) {
-        failure = ToolError(ExitStatus::JobFailed, "corvexvf", error.what());
+        failure = ToolError(ExitStatus::JobFailed, "internal error", error.what());
     }
     return Publish(report, line.WantsJson(), failure);
 }

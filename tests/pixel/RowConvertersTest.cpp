@@ -347,11 +347,9 @@ TEST(RowConverters, R210LeavesTheBytesBehindTheLastPixelAlone) {
 
 Pixel seen;
 
-void RecordPixel(const Pixel& pixel, uint8_t*, uint8_t*, Image*) { seen = pixel; }
-
 Pixel ReadThroughAccessor(Bytes blob, uint32_t rowBytes, uint32_t fourCC) {
     ImagePtr owner = MakeImage(1, 1);
-    owner->SetPixel = RecordPixel;
+    owner->SetPixel = [](const Pixel& pixel, uint8_t*, uint8_t*, Image*) { seen = pixel; };
     Image* image = owner.get();
     seen = {};
     EXPECT_TRUE(PixelConvert::BlobToImage(blob.data(), rowBytes, fourCC, image));

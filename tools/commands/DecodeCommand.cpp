@@ -65,7 +65,7 @@ void WriteFrames(FrameInput& input, const std::vector<int64_t>& numbers, const O
     Progress progress("decode", static_cast<int64_t>(numbers.size()), progressStyle);
     ImageWriteQueue queue(storage, track.hasAlpha);
     for (const int64_t number : numbers) {
-        ThrowIfCancelled();
+        ThrowIfCancelled(track.name);
         const int64_t index = number - track.firstNumber;
         queue.Push(names.Of(number), input.Read(index, storage.kind), metadata.Of(index));
         progress.Step();

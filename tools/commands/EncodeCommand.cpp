@@ -199,12 +199,12 @@ void RunEncode(const EncodeOptions& options, Report& report) {
     MovieTrackWriter writer(movie);
     Progress progress("encode", track.frameCount, options.progress);
     for (int64_t index = 0; index < track.frameCount; ++index) {
-        ThrowIfCancelled();
+        ThrowIfCancelled(options.input);
         const HostImage image = input->Read(index, track.kind);
         EncodeImage(*encoder, row, movie, image.get(), writer);
         progress.Step();
     }
-    ThrowIfCancelled();
+    ThrowIfCancelled(options.input);
     writer.Finish();
     Describe(track, movie, row, report);
 }
