@@ -44,7 +44,7 @@ ExitStatus StatusOfReading(const std::string& path) {
     return ExitStatus::Done;
 }
 
-/// Writes a file with OpenImageIO itself, all values 0.5 and channels as the specification says.
+/// Writes a file with OpenImageIO itself, all values 0.5 and channels as `spec` names them.
 void WriteWithPeer(const std::string& path, const OIIO::ImageSpec& spec) {
     const auto output = OIIO::ImageOutput::create(path);
     const std::vector<float> pixels(static_cast<size_t>(spec.width) * spec.height * spec.nchannels, 0.5f);
