@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -26,9 +26,12 @@ const std::map<std::string, std::set<std::string>> allowedIncludes = {
 
 /// Folder of src/ that an include line names, or an empty string for headers from outside.
 std::string IncludedFolder(const std::string& line) {
-    static const std::regex pattern("^\\s*#\\s*include\\s+\"([a-z]+)/[^\"]+\"");
-    std::smatch match;
-    return std::regex_search(line, match, pattern) ? match[1].str() : std::string();
+    const size_t directive = line.find_first_not_of(" \t");
+    if (directive == std::string::npos || line.compare(directive, 8, "#include") != 0) return {};
+    const size_t quote = line.find('"', directive);
+    const size_t slash = line.find('/', directive);
+    if (quote == std::string::npos || slash == std::string::npos || slash < quote) return {};
+    return line.substr(quote + 1, slash - quote - 1);
 }
 
 std::vector<std::string> Violations(const fs::path& file, const std::set<std::string>& allowed) {
