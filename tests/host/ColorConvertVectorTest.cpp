@@ -3,6 +3,7 @@
 
 #include "host/ColorConvertKernels.h"
 #include "host/ColorTestSupport.h"
+#include "support/VectorTargets.h"
 
 #include <gtest/gtest.h>
 #include <hwy/highway.h>
@@ -17,26 +18,6 @@ namespace {
 
 constexpr int widest = 130;
 constexpr int rows = 3;
-
-/// Instruction sets of this machine that have vectors.
-std::vector<int64_t> VectorTargets() {
-    std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();
-    std::erase_if(targets, [](int64_t target) { return target == HWY_SCALAR || target == HWY_EMU128; });
-    return targets;
-}
-
-/// Makes the library choose one instruction set until the end of its life.
-class ForcedTarget {
-public:
-    explicit ForcedTarget(int64_t target) {
-        hwy::SetSupportedTargetsForTest(target);
-        hwy::GetChosenTarget().DeInit();
-    }
-    ~ForcedTarget() {
-        hwy::SetSupportedTargetsForTest(0);
-        hwy::GetChosenTarget().DeInit();
-    }
-};
 
 /// Ways to fill memory: random and the extremes, not-a-number among the floats.
 using Fill = std::function<void(std::span<uint8_t>)>;

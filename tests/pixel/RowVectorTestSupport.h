@@ -3,6 +3,7 @@
 #include "PixelTestSupport.h"
 #include "pixel/RowConverters.h"
 #include "pixel/RowConvertersVector.h"
+#include "support/VectorTargets.h"
 
 #include <gtest/gtest.h>
 #include <hwy/highway.h>
@@ -17,26 +18,6 @@
 
 inline constexpr ImageDataKind kinds[] = {ImageData_RGBA8, ImageData_RGBA16, ImageData_RGBAHalf,
                                           ImageData_RGBAFloat};
-
-/// Instruction sets of this machine that have vectors.
-inline std::vector<int64_t> VectorTargets() {
-    std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();
-    std::erase_if(targets, [](int64_t target) { return target == HWY_SCALAR || target == HWY_EMU128; });
-    return targets;
-}
-
-/// Makes the library choose one instruction set until the end of its life.
-class ForcedTarget {
-public:
-    explicit ForcedTarget(int64_t target) {
-        hwy::SetSupportedTargetsForTest(target);
-        hwy::GetChosenTarget().DeInit();
-    }
-    ~ForcedTarget() {
-        hwy::SetSupportedTargetsForTest(0);
-        hwy::GetChosenTarget().DeInit();
-    }
-};
 
 /// Whether the instruction set in use has vector forms for images of a kind: every one for all kinds but
 /// half, which not all convert.
