@@ -3,6 +3,7 @@
 #include "MediaFiles.h"
 #include "media/MovieTrackSource.h"
 #include "media/ToolError.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -168,10 +169,7 @@ size_t ReadWhatIsThere(const std::string& path) {
 }
 
 TEST(MovieTrackSourceFailure, BytesThatWereChangedAtRandomDoNoHarm) {
-    const char* given = std::getenv("CORVEX_TEST_SEED");
-    const unsigned seed = given != nullptr ? static_cast<unsigned>(std::atoi(given)) : std::random_device()();
-    SCOPED_TRACE("CORVEX_TEST_SEED=" + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random = MakeRandom();
     const TempFolder folder;
     for (const char* name : {"a.mov", "a.avi", "a.mkv", "a.mts"}) {
         const std::string path = folder / name;

@@ -4,6 +4,7 @@
 
 #include "MediaFiles.h"
 #include "media/ToolError.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -156,13 +157,10 @@ TEST_P(MovieTrackKinds, TheRateIsExactAndConstant) {
 }
 
 TEST_P(MovieTrackKinds, SamplesReadInAnyOrderAreThoseReadInOrder) {
-    const char* given = std::getenv("CORVEX_TEST_SEED");
-    const unsigned seed = given != nullptr ? static_cast<unsigned>(std::atoi(given)) : std::random_device()();
-    SCOPED_TRACE("CORVEX_TEST_SEED=" + std::to_string(seed));
     const auto inOrder = ReadAll(*source);
     std::vector<int32_t> order(inOrder.size());
     std::iota(order.begin(), order.end(), 0);
-    std::shuffle(order.begin(), order.end(), std::mt19937(seed));
+    std::shuffle(order.begin(), order.end(), MakeRandom());
     for (const int32_t i : order) {
         int32_t size = 0;
         const uint8_t* data = source->ReadSample(i, nullptr, size);
