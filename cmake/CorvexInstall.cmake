@@ -6,6 +6,10 @@ include(CMakePackageConfigHelpers)
 install(TARGETS corvexvideoformats corvexsystem corvexscript
     EXPORT corvexvideoformatsTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# The ProRes engine, for programs that use it alone: the component `prores_engine` of the package.
+install(TARGETS prores_engine
+    EXPORT prores_engineTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(TARGET corvexvf)
     install(TARGETS corvexvf RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
@@ -18,7 +22,8 @@ set(public_headers
     framework/CxAbstractAVCodec.h framework/CxAlignedBuffer.h framework/CxAVCodecRegistry.h framework/CxAVTypes.h
     framework/Export.h
     pixel/PixelConvert.h
-    codecs/UncompressedCodecs.h)
+    codecs/ProResCodec.h codecs/UncompressedCodecs.h
+    prores/Prx.h)
 foreach(header IN LISTS public_headers)
     cmake_path(GET header PARENT_PATH folder)
     install(FILES ${PROJECT_SOURCE_DIR}/src/${header}
@@ -27,6 +32,7 @@ endforeach()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/corvexvideoformats)
 install(EXPORT corvexvideoformatsTargets NAMESPACE corvexvideoformats:: DESTINATION ${package_dir})
+install(EXPORT prores_engineTargets NAMESPACE corvexvideoformats:: DESTINATION ${package_dir})
 configure_package_config_file(
     ${PROJECT_SOURCE_DIR}/cmake/corvexvideoformatsConfig.cmake.in
     ${CMAKE_BINARY_DIR}/corvexvideoformatsConfig.cmake

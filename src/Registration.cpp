@@ -1,5 +1,6 @@
 // The one place where back-ends register, while the module loads.
 
+#include "codecs/ProResCodec.h"
 #include "codecs/UncompressedCodecs.h"
 #include "framework/CxAVCodecRegistry.h"
 
@@ -15,6 +16,7 @@ CxAbstractCodecFactory* Register() {
 /// One line for each back-end, followed by the host format classes that go with it. The order is part of the
 /// interface: of two back-ends that claim one code, the first to register is asked first.
 bool RegisterAll() {
+    g_ProResFactory = Register<ProResCodec>();
     g_UncompressedFactory = Register<UncompressedCodecs>();
     return true;
 }

@@ -1,11 +1,10 @@
 #include "codecs/UncompressedCodecs.h"
 
+#include "codecs/SampleBlobs.h"
 #include "host/Image.h"
 #include "host/Platform.h"
 #include "pixel/PixelConvert.h"
-#include "pixel/PixelFormatTable.h"
 
-#include <algorithm>
 #include <array>
 
 CxAbstractCodecFactory* g_UncompressedFactory = nullptr;
@@ -39,31 +38,6 @@ uint32_t PackingOf(uint32_t fourCC) {
     case FourCC("raw "): return 32;
     case FourCC("rgb "): return 24;
     default: return fourCC;
-    }
-}
-
-/// Whether a blob of `size` bytes holds all that a conversion to `image` reads. The image's size may differ
-/// from the track's, and a sample may be cut short.
-bool HoldsImage(int32_t size, uint32_t packing, int32_t rowBytes, const Image& image) {
-    const PixelFormat* const format = FindPixelFormat(packing);
-    if (format == nullptr || size < 0 || rowBytes < 0) return false;
-    return static_cast<uint64_t>(size) >= BytesRead(*format, image.Width, image.Height, rowBytes);
-}
-
-/// Bytes from `sample` on that lie in the buffer, if it lies there; otherwise `size`, which is all that is
-/// known of memory of the source's own.
-int32_t LimitToBuffer(int32_t size, const uint8_t* sample, const uint8_t* buffer, int32_t capacity) {
-    const uintptr_t offset = reinterpret_cast<uintptr_t>(sample) - reinterpret_cast<uintptr_t>(buffer);
-    const bool isInside = offset == 0 || offset < static_cast<uintptr_t>(capacity);
-    return isInside ? std::min(size, capacity - static_cast<int32_t>(offset)) : size;
-}
-
-/// `PixelConvert::BlobToImage`, with an exception of the host's taken as a failure.
-bool ConvertToImage(uint8_t* blob, int32_t rowBytes, uint32_t packing, Image*& image) {
-    try {
-        return PixelConvert::BlobToImage(blob, static_cast<uint32_t>(rowBytes), packing, image);
-    } catch (...) {
-        return false;
     }
 }
 
@@ -125,8 +99,7 @@ CxAVError UncompressedCodecs::GetDecodedFrame(int32_t frame, Image*& image) {
     size = LimitToBuffer(size, sample, buffer, capacity);
 
     const int32_t rowBytes = PixelConvert::CalcRowBytes(packing, static_cast<uint32_t>(width));
-    if (!HoldsImage(size, packing, rowBytes, *image)) return CxAV_FAILED;
-    return ConvertToImage(sample, rowBytes, packing, image) ? CxAV_OK : CxAV_FAILED;
+    return ConvertToImage(sample, size, rowBytes, packing, image) ? CxAV_OK : CxAV_FAILED;
 }
 
 CxAVError UncompressedCodecs::EncodeFrame(Image*& image, CxEncodedFrame& frame) {

@@ -53,9 +53,18 @@ TEST(Registration, TheUncompressedBackEndIsThereWhenTheModuleIsLoaded) {
     }
 }
 
+TEST(Registration, TheProResBackEndIsThereWhenTheModuleIsLoaded) {
+    for (const char* const text : {"apch", "apcn", "apcs", "apco", "ap4h", "ap4x"}) {
+        const Names names = FactoriesOf(FourCC({text[0], text[1], text[2], text[3], '\0'}));
+        EXPECT_EQ(std::count(names.begin(), names.end(), "Apple ProRes"), 1) << text;
+    }
+}
+
 TEST(Registration, TheEncodersAreListedWhenTheModuleIsLoaded) {
     const std::vector<CxEncoderInfo> rows = CatalogueRows();
-    const std::map<std::string, uint32_t> expected = {{"Uncompressed RGB 8-bit", 24},
+    const std::map<std::string, uint32_t> expected = {{"Apple ProRes 422", FourCC("apcn")},
+                                                      {"Apple ProRes 4444 XQ", FourCC("ap4x")},
+                                                      {"Uncompressed RGB 8-bit", 24},
                                                       {"Uncompressed ARGB 16 bit", FourCC("b64a")},
                                                       {"Uncompressed YUV 422 16-bit", FourCC("v216")}};
     std::map<std::string, uint32_t> found;

@@ -27,6 +27,17 @@ constexpr MovieCase kCases[] = {
     {"v408", "a.mov", "-c:v v408 -pix_fmt yuva444p", true, true},
     {"BGRA", "a.mov", "-c:v rawvideo -pix_fmt bgra -tag:v BGRA", false, true},
     {"rgb24", "a.mov", "-c:v rawvideo -pix_fmt rgb24", false, false},
+    {"apco", "a.mov", "-c:v prores_ks -profile:v 0 -pix_fmt yuv422p10le", true, false},
+    {"apcs", "a.mov", "-c:v prores_aw -profile:v 1 -pix_fmt yuv422p10le", true, false},
+    {"apcn", "a.mov", "-c:v prores_ks -profile:v 2 -pix_fmt yuv422p10le", true, false},
+    {"apch", "a.mov", "-c:v prores_aw -profile:v 3 -pix_fmt yuv422p10le", true, false},
+    {"ap4h", "a.mov", "-c:v prores_ks -profile:v 4 -alpha_bits 16 -pix_fmt yuva444p10le", true, true},
+    {"ap4h_alpha8", "a.mov", "-c:v prores_ks -profile:v 4 -alpha_bits 8 -pix_fmt yuva444p10le", true, true},
+    {"ap4x", "a.mov", "-c:v prores_aw -profile:v 5 -pix_fmt yuva444p10le", true, true},
+    {"apcn_interlaced", "a.mov", "-c:v prores_ks -profile:v 2 -flags +ildct -top 0 -pix_fmt yuv422p10le",
+     true, false},
+    {"ap4x_interlaced", "a.mov", "-c:v prores_aw -profile:v 5 -flags +ildct -top 1 -pix_fmt yuv444p10le",
+     true, false},
 };
 
 /// Smooth colours with a little noise, and a ramp of alpha.
@@ -37,7 +48,8 @@ std::string MakeClip(const MovieCase& movie) {
             .append(
                 ":r=25:nb_colors=4:seed=5,format=gbrap16le,"
                 "geq=r='r(X,Y)':g='g(X,Y)':b='b(X,Y)':a='65535*(X+Y)/(W+H)',noise=alls=4:allf=t:all_seed=7");
-    const std::string matrix = movie.isYuv ? " -vf scale=out_color_matrix=bt709:out_range=tv"
+    const std::string matrix = movie.isYuv ? " -vf scale=out_color_matrix=bt709:out_range=tv,"
+                                             "setparams=colorspace=bt709"
                                              " -colorspace bt709 -color_range tv "
                                            : " ";
     return "ffmpeg -v error -f lavfi -i \"" + colours + "\" -frames:v " + std::to_string(kFrames) + matrix +

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "framework/CxAbstractAVCodec.h"
+#include "prores/Prx.h"
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+/// The back-end for Apple ProRes, which joins the module's own engine to the codec interface. One sample is
+/// one frame. Pixels go through 16-bit ARGB, and a codec has one engine worker for each processor.
+class ProResCodec : public CxAbstractAVCodec {
+public:
+    using CxAbstractAVCodec::CxAbstractAVCodec;
+
+    /// Claims the six ProRes codes and, unless `g_IsPalisade` is set, offers an encoder for each.
+    /// @return true
+    static bool FillCodecInfo(std::set<uint32_t>& decoderFourCCs, std::vector<CxEncoderInfo>& encoders,
+                              std::string& name);
+
+    /// Decodes the sample of index `frame`, and writes "Compression" (the encoder name of the track's code)
+    /// and "FrameFormat" ("Progressive", "Interlaced(TF)" or "Interlaced(BF)") into the image's table
+    /// "Metadata". The image may be smaller than the track, and then takes the top left part. Where a slice
+    /// is damaged the image shows what the frame decoded before had there.
+    /// @return `CxAV_INVALID_STATE` without a source or before `Open`; `CxAV_FAILED` if there is no such
+    /// sample,
+    ///         the engine refuses it, memory is short, or there is no image or one that is larger than the
+    ///         track
+    CxAVError GetDecodedFrame(int32_t frame, Image*& image) override;
+    int32_t GetWidth() override { return width; }
+    int32_t GetHeight() override { return height; }
+    /// Takes the size from the source and starts the engine's workers, which stay when it is run again. Any
+    /// code opens.
+    /// @return `CxAV_INVALID_STATE` without a source; `CxAV_FAILED` if the workers can't start
+    CxAVError Open() override;
+    /// Encoding is not part of the engine.
+    /// @return `CxAV_UNSUPPORTED`, with `frame` unchanged
+    CxAVError EncodeFrame(Image*& image, CxEncodedFrame& frame) override;
+
+private:
+    struct DecoderDeleter {
+        void operator()(PrxDecoderRef handle) const { PrxDeleteDecoder(handle); }
+    };
+
+    /// Makes sure of a picture of the track's size and describes it. Fresh memory is cleared. False if it is
+    /// too large for a buffer, or memory is short.
+    bool PrepareBuffer(PrxPixelBuffer& buffer);
+    /// Sample `frame`, or null.
+    const uint8_t* ReadSample(int32_t frame, int32_t& size);
+    CxAVError DecodeSample(int32_t frame, Image*& image);
+
+    std::unique_ptr<PrxDecoderHandle, DecoderDeleter> decoder; ///< null until `Open`
+    int32_t width = 0;                                         ///< pixels
+    int32_t height = 0;                                        ///< pixels
+    CxAlignedBuffer workBuffer;                                ///< the frame as `b64a`
+};
+
+/// The registered factory, for `CxAbstractAVCodec::isTypeOf` inside the module; null if it refused.
+extern CxAbstractCodecFactory* g_ProResFactory;
