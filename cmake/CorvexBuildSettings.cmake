@@ -27,6 +27,8 @@ add_compile_options(-ffp-contract=off)
 
 if(CORVEX_SANITIZE)
     add_compile_options(-fsanitize=${CORVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    # Assertions hold in every sanitizer build, whatever the build type.
+    add_compile_options(-UNDEBUG)
     add_link_options(-fsanitize=${CORVEX_SANITIZE})
 else()
     # A library names everything that it needs; sanitizer run times come from the program.

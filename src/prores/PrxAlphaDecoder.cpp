@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
-#include <type_traits>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 
 namespace {
 
@@ -48,10 +50,19 @@ struct Words {
     static Sample From(uint16_t value) { return value; }
 };
 
+/// The float nearest to value / 255 or value / 65535 in any rounding mode of the thread: integers are
+/// rounded, and the float arithmetic is exact.
 struct Floats {
     using Sample = float;
-    static Sample From(uint8_t value) { return static_cast<Sample>(value * (1.0 / 255)); }
-    static Sample From(uint16_t value) { return static_cast<Sample>(value * (1.0 / 65535)); }
+    static Sample From(uint8_t value) { return From(static_cast<uint16_t>(value * 257)); }
+    static Sample From(uint16_t value) {
+        // The binary digits of value / 65535 are the value's 16 over and over. The first 48 decide the
+        // rounding: no quotient lies halfway between two floats.
+        const uint64_t digits = value * uint64_t{0x100010001};
+        const int dropped = std::max(static_cast<int>(std::bit_width(digits)) - 24, 1);
+        const uint64_t nearest = (digits + (uint64_t{1} << (dropped - 1))) >> dropped << dropped;
+        return static_cast<Sample>(static_cast<int64_t>(nearest)) * 0x1p-48F;
+    }
 };
 
 /// The area that is filled, sample by sample. Rows that follow each other without a gap are one long row.
@@ -76,8 +87,8 @@ public:
             count -= width_ - column_;
             Fill(sample, width_ - column_);
             column_ = 0;
-            row_ += stride_;
             if (--rows_ == 0) return;
+            row_ += stride_;
         }
         Fill(sample, count);
         column_ += count;

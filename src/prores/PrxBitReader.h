@@ -29,7 +29,8 @@ public:
     /// Zeros before the next one; 63 if there is none in reach.
     uint32_t LeadingZeros() const { return static_cast<uint32_t>(std::countl_zero(bits_ | 1)); }
 
-    /// Whether the stream has ended: the next 32 bits, which must be valid, are 0.
+    /// Whether the stream has ended: the next 32 bits, which must be valid, are 0. So many zeros end a
+    /// component though ones follow. Kept.
     bool Ended() const { return bits_ >> 32 == 0; }
 
     /// Skips `count` valid bits: bits 0 to 5 of the argument, so that it may carry other things above.

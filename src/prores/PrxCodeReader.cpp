@@ -1,6 +1,10 @@
 #include "prores/PrxCodeReader.h"
 
-#include <bit>
+#include "prores/PrxBitReader.h"
+#include "prores/PrxCodeBooks.h"
+
+#include <cstdint>
+#include <optional>
 
 uint64_t PrxReadCode(PrxBitReader& reader, uint32_t bookIndex) {
     const PrxCodeBook book = PrxGetCodeBook(bookIndex);

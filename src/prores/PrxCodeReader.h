@@ -3,6 +3,8 @@
 #include "prores/PrxBitReader.h"
 #include "prores/PrxCodeBooks.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 

@@ -6,6 +6,8 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <span>
 
 namespace {
 

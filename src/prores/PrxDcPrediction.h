@@ -6,7 +6,8 @@
 #include <cstdint>
 
 /// The DC values of a component, each coded as the difference from the one before it. Only the values wrap
-/// to 16 bits; the delta that chooses the next code book and sign is the one that was coded.
+/// to 16 bits; the delta that chooses the next code book and sign is the one that was coded, however large.
+/// Kept.
 class PrxDcPrediction {
 public:
     /// Value of the first block.

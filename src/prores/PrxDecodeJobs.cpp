@@ -26,7 +26,7 @@ void PrxAppendRowJobs(const PrxPictureContext& picture, std::vector<PrxRowJob>* 
     PrxBufferPiece table = layout.sliceTable;
     uint64_t remaining = PrxTotalSize(PrxAdvance(table, tableSize));
     uint64_t dataOffset = tableSize;
-    uint8_t* outRow = picture.outBase;
+    ptrdiff_t outOffset = 0;
     int32_t rowsLeft = std::min(picture.height >> picture.VShift(), picture.outHeight);
 
     for (uint32_t row = 0; row < layout.mbHeight; ++row) {
@@ -35,10 +35,12 @@ void PrxAppendRowJobs(const PrxPictureContext& picture, std::vector<PrxRowJob>* 
         const uint64_t dataSize = std::min(promised, remaining);
         const int32_t rows = std::min(rowsLeft, 16 >> picture.VShift());
         const uint32_t tableOffset = entrySize * layout.slicesPerRow * row;
+        // Behind the last row there may be no address to form.
+        uint8_t* outRow = rows > 0 ? picture.outBase + outOffset : nullptr;
         jobs->push_back({&picture, dataOffset, dataSize, outRow, tableOffset, rows, false, false});
         dataOffset += dataSize;
         remaining -= dataSize;
         rowsLeft -= rows;
-        outRow += rows * picture.rowBytes;
+        outOffset += rows * picture.rowBytes;
     }
 }

@@ -12,7 +12,7 @@ struct PrxRowJob {
     const PrxPictureContext* picture;
     uint64_t dataOffset;  ///< of the row's first slice, from the start of the slice table
     uint64_t dataSize;    ///< bytes of all its slices, cut at the input's end
-    uint8_t* outRow;      ///< first output byte
+    uint8_t* outRow;      ///< first output byte; null without output rows
     uint32_t tableOffset; ///< of the row's first entry in the slice table, bytes
     int32_t rows;         ///< output rows; 0: nothing to do
     /// Set by the worker: every slice was decoded, and no sample of the stream's alpha, if it has any, was

@@ -165,12 +165,8 @@ void ResampleRows(const PrxRowJob& job) {
                                    job.outRow, picture.target.width, picture.rowBytes, job.rows});
 }
 
-} // namespace
-
-void PrxDecodeRow(PrxRowJob* job, PrxWorkerContext* context) {
-    if (job->rows == 0 || job->dataSize == 0) return; // no output, or nothing but empty slices
-    const PrxPictureContext& picture = *job->picture;
-    const PrxOutputConverter& converter = picture.converter;
+/// Writes what is decoded of a row.
+void WriteRow(PrxRowJob* job, PrxWorkerContext* context) {
     RowSpace space;
     if (!PrepareSpace(*job, context, &space)) {
         job->outOfMemory = true;
@@ -178,7 +174,13 @@ void PrxDecodeRow(PrxRowJob* job, PrxWorkerContext* context) {
     }
     context->sliceState.cachedQuantiser = 0; // the tables may be those of another picture's matrices
     const MacroblockSet decoded = DecodeSlices(job, space, context);
-    if (decoded.none()) return;
-    if (converter.rowPass != nullptr) FinishStretches(*job, space, decoded);
-    if (picture.target.widthResampler != nullptr) ResampleRows(*job);
+    if (job->picture->converter.rowPass != nullptr) FinishStretches(*job, space, decoded);
+}
+
+} // namespace
+
+void PrxDecodeRow(PrxRowJob* job, PrxWorkerContext* context) {
+    if (job->rows == 0) return;
+    if (job->dataSize != 0) WriteRow(job, context); // else there are none but empty slices
+    if (job->picture->target.widthResampler != nullptr && !job->outOfMemory) ResampleRows(*job);
 }

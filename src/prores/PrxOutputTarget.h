@@ -22,7 +22,8 @@ struct PrxOutputTarget {
     uint32_t pixelFormat;
     int32_t width;
     int32_t height;
-    /// Called in the workers on each macroblock row, once its rows are finished, to bring them to `width`
-    /// pixels, which must then be at least 4/3 of the picture's. Null for none.
+    /// Called in the workers on the finished rows of each macroblock row, to bring them to `width` pixels,
+    /// which must then be at least 4/3 of the picture's. Called whatever was decoded of the row, refused
+    /// slices and none at all included; only a row without memory is left out. Null for none.
     PrxWidthResampler widthResampler = nullptr;
 };

@@ -1,7 +1,10 @@
 #include "prores/PrxRunLevelTable.h"
 
 #include "prores/PrxCodePrefix.h"
+#include "prores/PrxRunLevelContext.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 
 namespace {

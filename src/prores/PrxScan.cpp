@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cassert>
+#include <cstdint>
+#include <span>
 
 namespace {
 

@@ -1,9 +1,15 @@
 #include "prores/PrxSliceEntropy.h"
 
+#include "prores/PrxBitReader.h"
+#include "prores/PrxCodeBooks.h"
 #include "prores/PrxCodeReader.h"
 #include "prores/PrxDcPrediction.h"
 
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <optional>
 
 // The reference form, code word by code word.
 
@@ -44,6 +50,7 @@ void DecodeAc(PrxBitReader& reader, const PrxSliceComponent& component, const Pr
 } // namespace
 
 void PrxDecodeSliceComponent(const PrxSliceComponent& component, const PrxCoefficientOrder& order) {
+    assert(order.coefLimit >= 1 && order.coefLimit <= order.scan.size());
     PrxBitReader reader(component.data, component.size);
     DecodeDc(reader, component);
     DecodeAc(reader, component, order);

@@ -20,6 +20,8 @@ uint32_t HeaderSizeOf(uint8_t firstByte) {
 uint32_t PrxReadSliceHeader(const PrxBufferPiece& slice, uint32_t sliceSize, bool streamHasAlpha,
                             PrxSliceHeader* header) {
     const uint32_t headerSize = HeaderSizeOf(PrxByteAt(slice, 0));
+    // Sizes too small for the fields are taken as they stand, except 0, which is the result of a refusal.
+    // Kept.
     if (headerSize == 0 || headerSize >= sliceSize) return 0;
 
     // The fields are read where they stand, even behind the end of a slice or of a header that is too short

@@ -35,6 +35,8 @@ using DFloat = hn::FixedTag<float, vectorPixels>;
 using DInt = hn::Rebind<int32_t, DFloat>;
 using DSample = hn::Rebind<int16_t, DFloat>;
 using DIndex = hn::Repartition<uint8_t, DSample>;
+using DByte = hn::Repartition<uint8_t, DFloat>;
+using DPair = hn::Repartition<uint64_t, DFloat>;
 using VFloat = hn::Vec<DFloat>;
 using VSample = hn::Vec<DSample>;
 
@@ -87,6 +89,37 @@ HWY_INLINE VFloat ChromaOfPixels(const int16_t* leftBlock, const int16_t* rightB
     }
 }
 
+/// Stores 16 bytes for each lane, one of `a`, `b`, `c` and `d` each, at any alignment: a pointer to float
+/// would have to be aligned, whatever the instructions take.
+HWY_INLINE void StorePixels(VFloat a, VFloat b, VFloat c, VFloat d, uint8_t* out) {
+    const DFloat floats;
+    const DPair pairs;
+    const auto left = hn::BitCast(pairs, hn::InterleaveLower(floats, a, b));
+    const auto right = hn::BitCast(pairs, hn::InterleaveLower(floats, c, d));
+    const auto upperLeft = hn::BitCast(pairs, hn::InterleaveUpper(floats, a, b));
+    const auto upperRight = hn::BitCast(pairs, hn::InterleaveUpper(floats, c, d));
+    // Pixels 0 to 3; in each upper half, if there are eight, the ones from 4 on.
+    const auto pixel0 = hn::InterleaveLower(pairs, left, right);
+    const auto pixel1 = hn::InterleaveUpper(pairs, left, right);
+    const auto pixel2 = hn::InterleaveLower(pairs, upperLeft, upperRight);
+    const auto pixel3 = hn::InterleaveUpper(pairs, upperLeft, upperRight);
+    const auto store = [out](hn::Vec<DPair> pixels, size_t vector) HWY_ATTR {
+        const DByte bytes;
+        hn::StoreU(hn::BitCast(bytes, pixels), bytes, out + vector * hn::Lanes(bytes));
+    };
+    if constexpr (vectorPixels == 4) {
+        store(pixel0, 0);
+        store(pixel1, 1);
+        store(pixel2, 2);
+        store(pixel3, 3);
+    } else {
+        store(hn::ConcatLowerLower(pairs, pixel1, pixel0), 0);
+        store(hn::ConcatLowerLower(pairs, pixel3, pixel2), 1);
+        store(hn::ConcatUpperUpper(pairs, pixel1, pixel0), 2);
+        store(hn::ConcatUpperUpper(pairs, pixel3, pixel2), 3);
+    }
+}
+
 /// A Y Cb Cr.
 template <int32_t ChromaFormat, bool HasAlpha>
 HWY_INLINE void WriteRow(const PrxMacroblock& macroblock, int32_t row) {
@@ -99,13 +132,13 @@ HWY_INLINE void WriteRow(const PrxMacroblock& macroblock, int32_t row) {
         VFloat alpha = hn::Set(d, 1.0F);
         if constexpr (HasAlpha) {
             const uint8_t* alphaRow = macroblock.alpha + row * macroblock.alphaStride;
-            alpha = hn::LoadU(d, reinterpret_cast<const float*>(alphaRow) + x);
+            alpha = hn::BitCast(d, hn::LoadU(DByte(), alphaRow + sizeof(float) * static_cast<size_t>(x)));
         }
         const VSample luma = hn::LoadU(DSample(), block(2 * lower + (x >> 3)) + (x & 7));
-        hn::StoreInterleaved4(alpha, ToFloats<prx_float_range::lumaOffset>(luma),
-                              ChromaOfPixels<ChromaFormat>(block(cb), block(cb + 4), x),
-                              ChromaOfPixels<ChromaFormat>(block(cb + 1), block(cb + 5), x), d,
-                              reinterpret_cast<float*>(out) + 4 * x);
+        StorePixels(alpha, ToFloats<prx_float_range::lumaOffset>(luma),
+                    ChromaOfPixels<ChromaFormat>(block(cb), block(cb + 4), x),
+                    ChromaOfPixels<ChromaFormat>(block(cb + 1), block(cb + 5), x),
+                    out + 4 * sizeof(float) * static_cast<size_t>(x));
     }
 }
 

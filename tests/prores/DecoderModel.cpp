@@ -4,6 +4,9 @@
 #include "prores/PrxFormats.h"
 #include "prores/PrxInverseTransform.h"
 #include "prores/PrxOutputConverter.h"
+#include "prores/PrxRowPassRgb.h"
+#include "prores/PrxRowPassSeam.h"
+#include "prores/PrxRowPassV210.h"
 #include "prores/PrxScan.h"
 #include "prores/PrxSliceHeader.h"
 #include "prores/PrxWriters.h"
@@ -26,6 +29,7 @@ struct ModelPicture {
     PrxWriterSetup setup;
     PrxOutputConverter converter;
     PrxMacroblockWriter writer;
+    PrxRowPass rowPass;
     PrxAlphaDecoder alphaDecoder;
     int32_t alphaSampleSize;
     int32_t coefLimit;
@@ -48,6 +52,13 @@ PrxMacroblockWriter ReferenceWriter(uint32_t format, int32_t chromaFormat, bool 
     if (const auto writer = PrxSelectScalar16BitWriter(format, chromaFormat, hasAlpha)) return writer;
     if (const auto writer = PrxSelectScalarFloatWriter(format, chromaFormat, hasAlpha)) return writer;
     return PrxSelectScalarRgbWriter(format, chromaFormat, hasAlpha);
+}
+
+PrxRowPass ReferenceRowPass(uint32_t format, int32_t chromaFormat, bool hasAlpha) {
+    if (format == prxFormatV210) return PrxScalarV210RowPass;
+    if (chromaFormat != prxChroma422) return nullptr;
+    const PrxRowPass seamPass = PrxSelectSeamPass(format);
+    return seamPass != nullptr ? seamPass : PrxSelectScalarRgbRowPass(format, hasAlpha);
 }
 
 /// Transforms one block, cut to its reduced size, to the end of `samples`.
@@ -132,13 +143,13 @@ void FinishRow(const ModelPicture& picture, const ModelRow& row, uint8_t* dst) {
             std::copy_n(row.pixels.data() + y * row.stride, row.stride,
                         dst + ptrdiff_t{y} * picture.target.rowBytes);
     }
-    if (picture.converter.rowPass == nullptr) return;
+    if (picture.rowPass == nullptr) return;
     const bool direct = picture.converter.direct;
     const int32_t width = picture.spec->width >> picture.setup.hShift;
-    picture.converter.rowPass({direct ? nullptr : row.pixels.data(), row.stride,
-                               direct || row.alpha.empty() ? nullptr : row.alpha.data(), row.alphaStride, dst,
-                               picture.target.rowBytes, picture.target.rowBytes, width, 0, width, row.rows},
-                              picture.setup);
+    picture.rowPass({direct ? nullptr : row.pixels.data(), row.stride,
+                     direct || row.alpha.empty() ? nullptr : row.alpha.data(), row.alphaStride, dst,
+                     picture.target.rowBytes, picture.target.rowBytes, width, 0, width, row.rows},
+                    picture.setup);
 }
 
 void DecodePicture(const ModelPicture& picture) {
@@ -215,6 +226,7 @@ void ModelDecode(const FrameSpec& spec, const PrxOutputTarget& target, int32_t m
     PrxSelectConverter(&picture.converter, target.pixelFormat, spec.chromaFormat, reduction.hShift,
                        reduction.vShift, hasAlpha);
     picture.writer = ReferenceWriter(picture.converter.intermediateFormat, spec.chromaFormat, hasAlpha);
+    picture.rowPass = ReferenceRowPass(target.pixelFormat, spec.chromaFormat, hasAlpha);
     for (const int32_t index : PicturesOf(spec, mode)) {
         picture.picture = index;
         picture.target = target;

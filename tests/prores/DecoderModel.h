@@ -6,8 +6,8 @@
 #include <cstdint>
 
 /// Decodes by plain composition: the coefficients that `spec` gives its stream, the reference transform, the
-/// reference writer and the row pass, one macroblock after the other, with no headers, slices or threads
-/// between them. `spec` must have a source of coefficients; no slice may be damaged.
+/// reference writer and the reference row pass, one macroblock after the other, with no headers, slices or
+/// threads between them. `spec` must have a source of coefficients; no slice may be damaged.
 void ModelDecode(const stream::FrameSpec& spec, const PrxOutputTarget& target, int32_t mode,
                  bool ignoreAlpha);
 

@@ -1,6 +1,7 @@
 #include "prores/PrxAlphaDecoder.h"
 
 #include "prores/PrxFormats.h"
+#include "prores/RoundingModes.h"
 #include "prores/SliceEntropyModel.h"
 #include "prores/StreamCoefficients.h"
 #include "support/GuardedBytes.h"
@@ -11,7 +12,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <random>
 #include <vector>
 
 namespace {
@@ -49,6 +53,14 @@ Values ModelValues(const stream::Bytes& bytes, int depth, size_t count) {
     }
     values.resize(count);
     return values;
+}
+
+/// The ones that all values have in common.
+uint16_t CommonOnes(const Values& values, int depth) {
+    uint16_t ones = Maximum(depth);
+    for (const uint16_t value : values)
+        ones &= value;
+    return ones;
 }
 
 /// The sample of a value as a number. Integers of 8 bits come from 16 bits by rounding 2^-24 fractions.
@@ -166,6 +178,19 @@ TEST(PrxAlphaDecoder, EveryValueBecomesItsSample) {
     });
 }
 
+TEST(PrxAlphaDecoder, RoundsFloatsToNearestInAnyMode) {
+    for (const int depth : {8, 16}) {
+        const Values values = AllValues(depth);
+        const stream::Bytes bytes = stream::CodeAlpha(values, depth);
+        const auto samples = [&] {
+            Area area(prxFormatR4fl, static_cast<int32_t>(values.size()) / 16, 16);
+            area.Decode(bytes, depth);
+            return area.Samples();
+        };
+        ExpectInAnyRoundingMode(samples, SamplesOf(values, depth, prxFormatR4fl));
+    }
+}
+
 TEST(PrxAlphaDecoder, RunsGoOnAcrossRowEnds) {
     std::mt19937 random = MakeRandom();
     ForEachDecoder([&random](int depth, uint32_t pixelFormat) {
@@ -191,10 +216,23 @@ TEST(PrxAlphaDecoder, ARunIsCutAtTheEndOfTheArea) {
 
 TEST(PrxAlphaDecoder, IsOpaqueIfEverySampleHasTheLargestValue) {
     ForEachDecoder([](int depth, uint32_t pixelFormat) {
-        Values values(128 * 16, Maximum(depth));
-        EXPECT_TRUE(Area(pixelFormat, 128, 16).Decode(stream::CodeAlpha(values, depth), depth));
-        values[700] = static_cast<uint16_t>(Maximum(depth) - 1);
-        EXPECT_FALSE(Area(pixelFormat, 128, 16).Decode(stream::CodeAlpha(values, depth), depth));
+        const Values opaque(128 * 16, Maximum(depth));
+        EXPECT_TRUE(Area(pixelFormat, 128, 16).Decode(stream::CodeAlpha(opaque, depth), depth));
+        for (const size_t place : {size_t{0}, size_t{700}, opaque.size() - 1}) {
+            Values values = opaque;
+            values[place] = static_cast<uint16_t>(Maximum(depth) - 1);
+            EXPECT_FALSE(Area(pixelFormat, 128, 16).Decode(stream::CodeAlpha(values, depth), depth)) << place;
+        }
+    });
+}
+
+TEST(PrxAlphaDecoder, AnySingleBitThatIsMissingTakesOpacityAway) {
+    ForEachDecoder([](int depth, uint32_t pixelFormat) {
+        for (int bit = 0; bit < depth; ++bit) {
+            Values values(16 * 2, Maximum(depth));
+            values[20] = static_cast<uint16_t>(Maximum(depth) ^ 1 << bit);
+            EXPECT_FALSE(Area(pixelFormat, 16, 2).Decode(stream::CodeAlpha(values, depth), depth)) << bit;
+        }
     });
 }
 
@@ -228,8 +266,9 @@ TEST(PrxAlphaDecoder, ReadsAnyBytesAsTheModelReadsThem) {
         std::ranges::generate(bytes, [&random] { return static_cast<uint8_t>(random()); });
         ForEachDecoder([&bytes, round](int depth, uint32_t pixelFormat) {
             Area area(pixelFormat, 32, 16, static_cast<size_t>(round % 2));
-            area.Decode(bytes, depth);
-            ASSERT_EQ(area.Samples(), SamplesOf(ModelValues(bytes, depth, 512), depth, pixelFormat));
+            const Values values = ModelValues(bytes, depth, 512);
+            ASSERT_EQ(area.Decode(bytes, depth), CommonOnes(values, depth) == Maximum(depth));
+            ASSERT_EQ(area.Samples(), SamplesOf(values, depth, pixelFormat));
             ASSERT_TRUE(area.GapsAreUntouched());
         });
     }

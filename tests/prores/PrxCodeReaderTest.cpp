@@ -2,17 +2,36 @@
 
 #include "prores/SliceEntropyModel.h"
 #include "prores/StreamBits.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <optional>
+#include <random>
+
 namespace {
 
-/// A code word of `zeros` zeros and then ones.
-stream::Bytes OnesAfter(uint32_t zeros) {
+constexpr int rounds = 20; ///< for each length of a code word
+
+/// `zeros` zeros, a one, and random bits.
+stream::Bytes CodeWord(uint32_t zeros, std::mt19937& random) {
     stream::BitWriter bits;
-    bits.Put(0, zeros);
-    bits.Put(~uint64_t{0}, 64);
+    bits.Put(1, zeros + 1);
+    bits.Put(random(), 32);
+    bits.Put(random(), 32);
     return bits.Data();
+}
+
+template <class Check>
+void ForCodeWords(uint32_t maxZeros, const Check& check) {
+    std::mt19937 random = MakeRandom();
+    for (uint32_t book = 0; book < prxCodeBookBytes.size(); ++book) {
+        for (uint32_t zeros = 0; zeros <= maxZeros; ++zeros) {
+            for (int round = 0; round < rounds; ++round)
+                check(CodeWord(zeros, random), book, zeros);
+        }
+    }
 }
 
 std::optional<PrxCoefficient> ReadCoefficient(uint32_t run, uint32_t magnitude, bool negative) {
@@ -27,29 +46,23 @@ std::optional<PrxCoefficient> ReadCoefficient(uint32_t run, uint32_t magnitude, 
 } // namespace
 
 TEST(PrxCodeReader, ReadsCodeWordsOfEveryLength) {
-    for (uint32_t book = 0; book < prxCodeBookBytes.size(); ++book) {
-        for (uint32_t zeros = 0; zeros < 32; ++zeros) {
-            const stream::Bytes bytes = OnesAfter(zeros);
-            PrxBitReader reader(bytes.data(), bytes.size());
-            model::BitSource expected(bytes);
-            EXPECT_EQ(PrxReadCode(reader, book), expected.ReadCode(prxCodeBookBytes[book]))
-                << book << " " << zeros;
-            EXPECT_EQ(reader.Read(20), expected.Read(20)) << book << " " << zeros;
-        }
-    }
+    ForCodeWords(31, [](const stream::Bytes& bytes, uint32_t book, uint32_t zeros) {
+        PrxBitReader reader(bytes.data(), bytes.size());
+        model::BitSource expected(bytes);
+        EXPECT_EQ(PrxReadCode(reader, book), expected.ReadCode(prxCodeBookBytes[book]))
+            << book << " " << zeros;
+        EXPECT_EQ(reader.Read(20), expected.Read(20)) << book << " " << zeros;
+    });
 }
 
 TEST(PrxCodeReader, ShortCodesHaveTheValuesOfTheGeneralForm) {
-    for (uint32_t book = 0; book < prxCodeBookBytes.size(); ++book) {
+    ForCodeWords(PrxShortCode::maxZeros, [](const stream::Bytes& bytes, uint32_t book, uint32_t zeros) {
+        PrxBitReader general(bytes.data(), bytes.size());
+        PrxBitReader reader(bytes.data(), bytes.size());
         const PrxShortCodes codes = PrxMakeShortCodes(book);
-        for (uint32_t zeros = 0; zeros <= PrxShortCode::maxZeros; ++zeros) {
-            const stream::Bytes bytes = OnesAfter(zeros);
-            PrxBitReader general(bytes.data(), bytes.size());
-            PrxBitReader reader(bytes.data(), bytes.size());
-            EXPECT_EQ(codes[zeros].Read(reader), PrxReadCode(general, book)) << book << " " << zeros;
-            EXPECT_EQ(reader.Read(10), general.Read(10)) << book << " " << zeros;
-        }
-    }
+        EXPECT_EQ(codes[zeros].Read(reader), PrxReadCode(general, book)) << book << " " << zeros;
+        EXPECT_EQ(reader.Read(10), general.Read(10)) << book << " " << zeros;
+    });
 }
 
 TEST(PrxCodeReader, ReadsARunALevelAndASign) {
@@ -70,7 +83,11 @@ TEST(PrxCodeReader, TakesRunsUpTo2015) {
 }
 
 TEST(PrxCodeReader, FindsTheEndBehindARun) {
-    const stream::Bytes bytes = {0x80}; // the run 0, and nothing more
-    PrxBitReader reader(bytes.data(), bytes.size());
+    stream::BitWriter bits;
+    stream::PutCode(bits, prxCodeBookBytes[5], 40);
+    bits.Put(0, 32);
+    bits.Put(0x96a5, 16);
+    PrxBitReader reader(bits.Data().data(), bits.Data().size());
     EXPECT_FALSE(PrxReadCoefficient(reader, 5, 9));
+    EXPECT_EQ(reader.Read(48), 0x96a5u); // the reader stands right behind the run
 }

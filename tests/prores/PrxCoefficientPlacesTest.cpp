@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 
 TEST(PrxCoefficientPlaces, InterleaveTheBlocksFrequencyByFrequency) {
     for (const ScanReduction& reduction : scanReductions) {
@@ -27,10 +29,13 @@ TEST(PrxCoefficientPlaces, InterleaveTheBlocksFrequencyByFrequency) {
 TEST(PrxCoefficientPlaces, StayInTheArrayOfEveryReducedDecode) {
     for (const ScanReduction& reduction : scanReductions) {
         const uint32_t log2Block = reduction.Log2Block();
-        for (uint32_t log2Count = 0; log2Count <= 5; ++log2Count) {
-            const uint16_t* places = PrxCoefficientPlaces(reduction.Scan(), log2Count, log2Block);
-            for (size_t i = 0; i < size_t{1} << (log2Block + log2Count); ++i)
-                ASSERT_LT(places[i], 1u << (log2Block + log2Count));
+        for (const uint32_t log2Size : {log2Block, log2Block + 1}) {
+            for (uint32_t log2Count = 0; log2Count <= 5; ++log2Count) {
+                const uint16_t* places = PrxCoefficientPlaces(reduction.Scan(), log2Count, log2Size);
+                const uint32_t behindLastBlock = (((1u << log2Count) - 1) << log2Size) + (1u << log2Block);
+                for (size_t i = 0; i < size_t{1} << (log2Block + log2Count); ++i)
+                    ASSERT_LT(places[i], behindLastBlock);
+            }
         }
     }
 }

@@ -155,7 +155,19 @@ TEST(DecodeFrame, ReadsNoByteBehindTheInput) {
     }
 }
 
-TEST(DeleteDecoder, AcceptsNull) { PrxDeleteDecoder(nullptr); }
+TEST(DeleteDecoder, OfNullDoesNothingToOtherDecoders) {
+    const stream::FrameSpec spec = FrameOf(2);
+    const stream::Bytes frame = stream::BuildFrame(spec);
+    const TestTarget expected(prxFormatV216, spec);
+    ASSERT_GT(DecodeTo(expected, frame), 0);
+    const DecoderPtr decoder = MakeDecoder();
+    PrxDeleteDecoder(nullptr);
+    const TestTarget target(prxFormatV216, spec);
+    const PrxPixelBuffer buffer = target.PublicBuffer();
+    const auto size = static_cast<int32_t>(frame.size());
+    EXPECT_EQ(PrxDecodeFrame(decoder.get(), frame.data(), size, &buffer, 0, 0), size);
+    EXPECT_EQ(target.Bytes(), expected.Bytes());
+}
 
 TEST(CreateDecoder, TakesItsWorkerCountAsSigned) {
     static std::atomic<int> calls;

@@ -106,6 +106,7 @@ TEST(RowJobs, BehindTheTargetHaveNoRows) {
     EXPECT_EQ(jobs[0].rows, 16);
     EXPECT_EQ(jobs[1].rows, 1);
     EXPECT_EQ(jobs[2].rows, 0);
+    EXPECT_EQ(jobs[2].outRow, nullptr);
 }
 
 TEST(RowJobs, OfAReducedPictureHaveReducedRows) {

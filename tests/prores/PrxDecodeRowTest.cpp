@@ -17,9 +17,9 @@ namespace {
 
 constexpr int32_t mbPixels = 16;
 
-/// A frame of 9 by 2 macroblocks in slices of 2, 2, 2, 2, 1, of which those with `refused` true are damaged.
-stream::FrameSpec SlicedFrame(int chromaFormat, int alphaType) {
-    stream::FrameSpec spec = FrameOf(chromaFormat, 0, alphaType);
+/// A frame of 9 by 2 macroblocks in slices of 2, 2, 2, 2, 1.
+stream::FrameSpec SlicedFrame(int chromaFormat, int alphaType, int interlaceMode = 0) {
+    stream::FrameSpec spec = FrameOf(chromaFormat, interlaceMode, alphaType);
     spec.width = 9 * mbPixels;
     spec.height = 32;
     spec.log2SliceMbWidth = 1;
@@ -49,9 +49,15 @@ int32_t PackDown(uint32_t format, int32_t pixel) {
 }
 int32_t PackUp(uint32_t format, int32_t pixel) { return PackDown(format, pixel + PackedPixels(format) - 1); }
 
-class RefusedSlices : public testing::TestWithParam<std::tuple<int32_t, int32_t>> {
+/// Of each reduction one; in all but the first `y416`, `r4fl` and `v408` are copied from a tile.
+constexpr int32_t modes[] = {1, 2, 6, 9, 11};
+
+class RefusedSlices : public testing::TestWithParam<std::tuple<int32_t, int32_t, int32_t>> {
 protected:
-    stream::FrameSpec Frame() const { return SlicedFrame(std::get<0>(GetParam()), std::get<1>(GetParam())); }
+    stream::FrameSpec Frame() const {
+        const auto [chromaFormat, alphaType, interlaceMode] = GetParam();
+        return SlicedFrame(chromaFormat, alphaType, interlaceMode);
+    }
     std::vector<uint32_t> Formats() const { return TargetFormats(std::get<0>(GetParam())); }
     PrxDecoder decoder{1, nullptr};
 };
@@ -63,12 +69,17 @@ TEST_P(RefusedSlices, KeepWhatTheTargetHeld) {
     };
     const stream::Bytes frame = stream::BuildFrame(spec);
     for (const uint32_t format : Formats()) {
-        const TestTarget target(format, spec);
-        const TestTarget before(format, spec);
-        ASSERT_GT(Decode(decoder, frame, target), 0);
-        const int32_t first = PackUp(format, 4 * mbPixels);
-        const int32_t end = PackDown(format, 6 * mbPixels);
-        EXPECT_EQ(Columns(target, first, end), Columns(before, first, end)) << std::hex << format;
+        for (const int32_t mode : modes) {
+            const auto [hShift, vShift] = ReductionOf(mode);
+            const TestTarget target(format, spec, hShift, vShift);
+            const TestTarget before(format, spec, hShift, vShift);
+            ASSERT_GT(Decode(decoder, frame, target, mode), 0);
+            EXPECT_EQ(target.Untouched(), format == prxFormatL302) << std::hex << format;
+            const int32_t first = PackUp(format, 4 * mbPixels >> hShift);
+            const int32_t end = PackDown(format, 6 * mbPixels >> hShift);
+            EXPECT_EQ(Columns(target, first, end), Columns(before, first, end))
+                << std::hex << format << " mode " << mode;
+        }
     }
 }
 
@@ -118,9 +129,12 @@ TEST_P(RefusedSlices, OfAWholeFrameLeaveTheTargetUntouched) {
     spec.editSlice = [](const stream::SlicePlace&, stream::Bytes& slice) { Damage(slice); };
     const stream::Bytes frame = stream::BuildFrame(spec);
     for (const uint32_t format : Formats()) {
-        const TestTarget target(format, spec);
-        EXPECT_EQ(Decode(decoder, frame, target), static_cast<int32_t>(frame.size()));
-        EXPECT_TRUE(target.Untouched()) << std::hex << format;
+        for (const int32_t mode : modes) {
+            const auto [hShift, vShift] = ReductionOf(mode);
+            const TestTarget target(format, spec, hShift, vShift);
+            EXPECT_EQ(Decode(decoder, frame, target, mode), static_cast<int32_t>(frame.size()));
+            EXPECT_TRUE(target.Untouched()) << std::hex << format << " mode " << mode;
+        }
     }
 }
 
@@ -132,7 +146,7 @@ TEST_P(RefusedSlices, GiveTheSamePictureWhateverWasDecodedBefore) {
     };
     const stream::Bytes damaged = stream::BuildFrame(spec);
     for (const uint32_t format : Formats()) {
-        for (int32_t mode : {1, 2, 6, 9, 11}) {
+        for (const int32_t mode : modes) {
             const ModelReduction reduction = ReductionOf(mode);
             PrxDecoder fresh(1, nullptr);
             const TestTarget first(format, spec, reduction.hShift, reduction.vShift);
@@ -147,7 +161,8 @@ TEST_P(RefusedSlices, GiveTheSamePictureWhateverWasDecodedBefore) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Streams, RefusedSlices,
-                         testing::Combine(testing::Values(2, 3), testing::Values(0, 2)));
+                         testing::Combine(testing::Values(2, 3), testing::Values(0, 2),
+                                          testing::Values(0, 1, 2)));
 
 /// The 16-bit value at the start of a sample.
 uint16_t Word(const uint8_t* bytes) {
@@ -173,6 +188,37 @@ TEST(RefusedSlice, LendsWhatTheTargetHeldToTheChromaOfThePixelBeforeIt) {
             const int32_t right = Word(last + pixelBytes + chroma);
             EXPECT_EQ(Word(last + chroma), (left + right + 1) >> 1) << y;
         }
+    }
+}
+
+/// The 10-bit codes of a `v210` group: Cb Y Cr Y.
+std::vector<uint32_t> CodesOfGroup(const TestTarget& target, int32_t y, ptrdiff_t group) {
+    const std::vector<uint8_t> row = target.Row(y);
+    std::vector<uint32_t> codes;
+    for (ptrdiff_t i = 0; i < 4; ++i) {
+        uint32_t word;
+        std::memcpy(&word, row.data() + 16 * group + 4 * i, sizeof(word));
+        for (const uint32_t shift : {0, 10, 20})
+            codes.push_back(word >> shift & 0x3ff);
+    }
+    return codes;
+}
+
+TEST(RefusedSlice, IsBlackInAGroupOfV210ThatTheGoodSliceOnItsRightBegins) {
+    stream::FrameSpec spec = SlicedFrame(2, 0);
+    const TestTarget expected(prxFormatV210, spec);
+    PrxDecoder decoder(1, nullptr);
+    ASSERT_GT(Decode(decoder, stream::BuildFrame(spec), expected), 0);
+    spec.editSlice = [](const stream::SlicePlace& place, stream::Bytes& slice) {
+        if (place.mbX == 0) Damage(slice); // pixels 0 to 31
+    };
+    const TestTarget target(prxFormatV210, spec);
+    ASSERT_GT(Decode(decoder, stream::BuildFrame(spec), target), 0);
+    for (int32_t y = 0; y < spec.height; ++y) {
+        std::vector<uint32_t> codes = CodesOfGroup(expected, y, 5); // pixels 30 to 35
+        constexpr uint32_t blackPair[] = {0x200, 0x40, 0x200, 0x40};
+        std::ranges::copy(blackPair, codes.begin());
+        EXPECT_EQ(CodesOfGroup(target, y, 5), codes) << y;
     }
 }
 

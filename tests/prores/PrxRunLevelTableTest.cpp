@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <map>
 #include <utility>
@@ -14,13 +15,17 @@ namespace {
 
 constexpr uint32_t prefixBits = PrxRunLevelTable::prefixBits;
 
+/// The context after the coefficient that was put last.
+uint32_t ContextAfter(const std::pair<int, int>& previous) {
+    return prx_context::After(static_cast<uint64_t>(previous.first), static_cast<uint64_t>(previous.second));
+}
+
 /// A previous run and a previous level for each context.
 std::map<uint32_t, std::pair<int, int>> Contexts() {
     std::map<uint32_t, std::pair<int, int>> contexts;
     for (int run = 0; run < 20; ++run) {
         for (int level = 1; level < 20; ++level)
-            contexts[prx_context::After(static_cast<uint64_t>(run), static_cast<uint64_t>(level))] = {run,
-                                                                                                      level};
+            contexts[ContextAfter({run, level})] = {run, level};
     }
     return contexts;
 }
@@ -86,6 +91,7 @@ TEST(PrxRunLevelTable, HoldsEveryCoefficientThatFitsThePrefix) {
             ASSERT_FALSE(entry.Empty()) << context << " " << coded.run << " " << coded.level;
             ASSERT_EQ(entry.FirstSkip(), static_cast<uint32_t>(coded.run)) << context;
             ASSERT_EQ(entry.FirstLevel(), coded.level) << context;
+            ASSERT_EQ(entry.NextContext(), ContextAfter(previous)) << context;
         }
     }
 }
@@ -105,9 +111,7 @@ TEST(PrxRunLevelTable, HoldsEveryPairOfCoefficientsThatFitsThePrefix) {
                 ASSERT_EQ(entry.FirstLevel(), first.level) << context;
                 ASSERT_EQ(entry.LastSkip(), static_cast<uint32_t>(first.run + 1 + second.run)) << context;
                 ASSERT_EQ(entry.LastLevel(), second.level) << context;
-                ASSERT_EQ(entry.NextContext(),
-                          prx_context::After(static_cast<uint64_t>(second.run),
-                                             static_cast<uint64_t>(std::abs(second.level))));
+                ASSERT_EQ(entry.NextContext(), ContextAfter(previous)) << context;
             }
         }
     }
@@ -128,6 +132,7 @@ TEST(PrxRunLevelTable, EveryEntryIsTheCodeOfItsPrefix) {
                 ASSERT_EQ(entry.LastLevel(), 0);
             }
             ASSERT_EQ(entry.Length() & 63, bits.Count()) << context << " " << prefix;
+            ASSERT_EQ(entry.NextContext(), ContextAfter(previous)) << context << " " << prefix;
             ASSERT_EQ(Prefix(bits) >> (prefixBits - bits.Count()), prefix >> (prefixBits - bits.Count()));
         }
     }

@@ -7,7 +7,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <random>
+#include <span>
+#include <vector>
 
 namespace {
 
@@ -68,6 +74,22 @@ Slice AnySlice(std::mt19937& random, const ScanReduction& reduction) {
     return slice;
 }
 
+/// The components of a slice as a decode lays them out in one array: luma, then Cb and Cr by turns.
+std::array<PrxSliceComponent, 3> ComponentsIn(int16_t* coefficients, const Slice& slice) {
+    const auto& [luma, cb, cr] = slice.shapes;
+    int16_t* chroma = coefficients + luma.Coefficients();
+    const size_t block = size_t{1} << luma.log2BlockSize;
+    const auto& streams = slice.streams;
+    return {{{streams[0].data(), streams[0].size(), coefficients, luma.log2BlockCount, luma.log2BlockSize},
+             {streams[1].data(), streams[1].size(), chroma, cb.log2BlockCount, cb.log2BlockSize},
+             {streams[2].data(), streams[2].size(), chroma + block, cr.log2BlockCount, cr.log2BlockSize}}};
+}
+
+/// Values of that array. The blocks of Cb and Cr stand twice as far apart, so one shape covers both.
+size_t CoefficientsOf(const Slice& slice) {
+    return slice.shapes[0].Coefficients() + slice.shapes[1].Coefficients();
+}
+
 template <class Check>
 void ForManySlices(const Check& check) {
     std::mt19937 random = MakeRandom();
@@ -93,6 +115,20 @@ TEST(PrxSliceEntropyLanes, ComponentsSideBySideAreReadAsTheModelReadsThem) {
         const auto decoded = DecodeTogether(slice.streams, slice.shapes, slice.order, guard);
         for (size_t i = 0; i < 3; ++i)
             ASSERT_EQ(decoded[i], DecodeByModel(slice.streams[i], slice.shapes[i], slice.order)) << i;
+    });
+}
+
+TEST(PrxSliceEntropyLanes, CbAndCrShareOneArrayByTurns) {
+    ForManySlices([](const Slice& slice, GuardedBytes::Guard guard) {
+        std::vector<int16_t> expected(CoefficientsOf(slice));
+        for (const PrxSliceComponent& component : ComponentsIn(expected.data(), slice))
+            model::DecodeComponent(component, slice.order);
+
+        GuardedBytes bytes(2 * expected.size(), guard);
+        auto* coefficients = reinterpret_cast<int16_t*>(bytes.data());
+        const auto [luma, cb, cr] = ComponentsIn(coefficients, slice);
+        PrxDecodeSliceComponents(luma, cb, cr, slice.order);
+        ASSERT_TRUE(std::ranges::equal(expected, std::span(coefficients, expected.size())));
     });
 }
 

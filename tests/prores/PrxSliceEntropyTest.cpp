@@ -6,6 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <vector>
+
 namespace {
 
 using Values = std::vector<int16_t>;
@@ -86,16 +92,16 @@ TEST(PrxSliceEntropy, AComponentOfNoBytesLeavesAllAt0) {
     PrxDecodeSliceComponents(none, none, none, FullOrder());
 }
 
-TEST(PrxSliceEntropy, ReadsComponentsOfOneToThreeBytes) {
+TEST(PrxSliceEntropy, ReadsComponentsOfOneToNineBytes) {
     std::mt19937 random = MakeRandom();
     for (uint32_t value = 0; value < 256; ++value)
         Decode({static_cast<uint8_t>(value)}, {1, 6});
-    for (int i = 0; i < 2000; ++i) {
-        const auto bits = static_cast<uint32_t>(random());
-        Decode({static_cast<uint8_t>(bits), static_cast<uint8_t>(bits >> 8)}, {1, 6});
-        Decode(
-            {static_cast<uint8_t>(bits >> 16), static_cast<uint8_t>(bits >> 8), static_cast<uint8_t>(bits)},
-            {2, 6});
+    for (size_t size = 2; size <= 9; ++size) {
+        for (int i = 0; i < 500; ++i) {
+            stream::Bytes bytes(size);
+            std::ranges::generate(bytes, [&random] { return static_cast<uint8_t>(random()); });
+            Decode(bytes, {static_cast<uint32_t>(i % 3), 6});
+        }
     }
 }
 
@@ -136,6 +142,22 @@ TEST(PrxSliceEntropy, DcValuesWrapTo16BitsAndTheDeltaDoesNot) {
     const Values decoded = Decode(bits.Data(), {2, 6});
     EXPECT_EQ(decoded[64], 32767);
     EXPECT_EQ(decoded[128], -32768);
+}
+
+TEST(PrxSliceEntropy, ADeltaInACodeOfMoreThan32BitsIsReadWhole) {
+    for (uint32_t more = 0; more <= 13; ++more) {
+        const auto delta = static_cast<int>(0xabcd1234 >> (16 - more));
+        stream::BitWriter bits;
+        stream::PutFirstDc(bits, 0);
+        stream::PutDcDelta(bits, 0, 3);
+        const size_t start = bits.Count();
+        stream::PutDcDelta(bits, delta, 0);
+        ASSERT_EQ(bits.Count() - start, 33 + 2 * more);
+        stream::PutDcDelta(bits, 2, delta);
+        const Values decoded = Decode(bits.Data(), {2, 6});
+        EXPECT_EQ(decoded[128], static_cast<int16_t>(delta)) << more;
+        EXPECT_EQ(decoded[192], static_cast<int16_t>(delta + 2)) << more;
+    }
 }
 
 TEST(PrxSliceEntropy, ThirtyTwoZerosEndTheAcPartBeforeARun) {
@@ -189,13 +211,16 @@ TEST(PrxSliceEntropy, ALevelOf16383IsTakenAnd16384Stops) {
 }
 
 TEST(PrxSliceEntropy, ARunOf2015IsTakenAnd2016Stops) {
-    const ComponentShape shape = {5, 6};
-    for (const uint32_t run : {2015u, 2016u}) {
-        stream::BitWriter bits = ZeroDcs(32);
-        PutCoefficient(bits, run, 7, false);
-        Values expected(2048);
-        if (run == 2015) expected[Place(32 + run, shape)] = 7;
-        EXPECT_EQ(Decode(bits.Data(), shape), expected);
+    // In 64 blocks, more than a slice has, both positions lie inside.
+    for (const uint32_t log2Count : {5u, 6u}) {
+        const ComponentShape shape = {log2Count, 6};
+        for (const uint32_t run : {2015u, 2016u}) {
+            stream::BitWriter bits = ZeroDcs(1u << log2Count);
+            PutCoefficient(bits, run, 7, false);
+            Values expected(shape.Coefficients());
+            if (run == 2015) expected[Place((1u << log2Count) + run, shape)] = 7;
+            EXPECT_EQ(Decode(bits.Data(), shape), expected) << log2Count << " " << run;
+        }
     }
 }
 

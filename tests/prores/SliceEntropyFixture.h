@@ -10,8 +10,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 /// A component's shape.
