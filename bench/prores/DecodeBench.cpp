@@ -1,18 +1,15 @@
 // Decoding of camera-like frames on one worker beside FFmpeg's decoder on one thread, on the same packets.
 
-#include "PeerCodec.h"
+#include "prores/PeerCodec.h"
+#include "prores/PinWorker.h"
 #include "prores/Prx.h"
 #include "prores/PrxFormats.h"
 
 #include <benchmark/benchmark.h>
 
-#include <sched.h>
-
-#include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -57,15 +54,6 @@ private:
     PrxPixelBuffer buffer_;
     std::unique_ptr<uint8_t, FreeBytes> bytes_;
 };
-
-/// Puts each new worker on a processor of its own: a kernel may else keep two of them on one.
-void PinWorker() {
-    static std::atomic<uint32_t> started = 0;
-    cpu_set_t processor;
-    CPU_ZERO(&processor);
-    CPU_SET(started++ % std::thread::hardware_concurrency(), &processor);
-    sched_setaffinity(0, sizeof processor, &processor);
-}
 
 void CountBits(benchmark::State& state, const Material& material) {
     int64_t bytes = 0;

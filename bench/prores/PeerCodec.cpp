@@ -1,4 +1,4 @@
-#include "PeerCodec.h"
+#include "prores/PeerCodec.h"
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -25,29 +25,35 @@ void CopyPlane(AVFrame& frame, int plane, const std::vector<uint16_t>& from, int
 
 } // namespace
 
-PeerFrame MakePeerFrame(const CameraPicture& picture, bool is444) {
+PeerFrame MakePeerFrame(const CameraPicture& picture, AVPixelFormat format) {
     PeerFrame frame(av_frame_alloc());
     frame->width = picture.width;
     frame->height = picture.height;
-    frame->format = is444 ? AV_PIX_FMT_YUVA444P10 : AV_PIX_FMT_YUV422P10;
+    frame->format = format;
     Require(av_frame_get_buffer(frame.get(), 0) == 0, "frame");
+    const int32_t chromaStep = format == AV_PIX_FMT_YUV422P10 ? 2 : 1;
     CopyPlane(*frame, 0, picture.luma, picture.width, 1);
-    CopyPlane(*frame, 1, picture.cb, picture.width, is444 ? 1 : 2);
-    CopyPlane(*frame, 2, picture.cr, picture.width, is444 ? 1 : 2);
-    if (is444) CopyPlane(*frame, 3, std::vector<uint16_t>(picture.luma.size(), 1023), picture.width, 1);
+    CopyPlane(*frame, 1, picture.cb, picture.width, chromaStep);
+    CopyPlane(*frame, 2, picture.cr, picture.width, chromaStep);
+    if (format == AV_PIX_FMT_YUVA444P10) CopyPlane(*frame, 3, picture.alpha, picture.width, 1);
     return frame;
 }
 
-PeerEncoder::PeerEncoder(const char* encoder, const PeerProfile& profile, int32_t width, int32_t height) {
+PeerEncoder::PeerEncoder(const char* encoder, const PeerProfile& profile, AVPixelFormat format, int32_t width,
+                         int32_t height, int32_t bitsPerMacroblock) {
     const AVCodec* codec = avcodec_find_encoder_by_name(encoder);
     Require(codec != nullptr, "encoder");
     context_.reset(avcodec_alloc_context3(codec));
     context_->width = width;
     context_->height = height;
     context_->time_base = {1, 24};
-    context_->pix_fmt = profile.is444 ? AV_PIX_FMT_YUVA444P10 : AV_PIX_FMT_YUV422P10;
+    context_->pix_fmt = format;
     context_->thread_count = 1;
-    av_opt_set(context_.get(), "profile", profile.profile, AV_OPT_SEARCH_CHILDREN);
+    // One encoder reads the common field, the other an option of its own that goes by the same name.
+    context_->profile = profile.number;
+    av_opt_set_int(context_.get(), "profile", profile.number, AV_OPT_SEARCH_CHILDREN);
+    if (bitsPerMacroblock != 0)
+        av_opt_set_int(context_.get(), "bits_per_mb", bitsPerMacroblock, AV_OPT_SEARCH_CHILDREN);
     Require(avcodec_open2(context_.get(), codec, nullptr) == 0, "encoder start");
 }
 
@@ -81,10 +87,10 @@ const std::vector<PeerPacket>& PeerPackets(const PeerProfile& profile, int32_t w
     static std::map<std::tuple<std::string, int32_t, int32_t, int32_t>, std::vector<PeerPacket>> made;
     std::vector<PeerPacket>& packets = made[{profile.name, width, height, count}];
     if (packets.empty()) {
-        PeerEncoder encoder("prores_ks", profile, width, height);
+        const AVPixelFormat format = PeerPixelFormat(profile, true);
+        PeerEncoder encoder("prores_ks", profile, format, width, height);
         for (int32_t i = 0; i < count; ++i)
-            packets.push_back(
-                encoder.Encode(*MakePeerFrame(MakeCameraPicture(width, height, i), profile.is444)));
+            packets.push_back(encoder.Encode(*MakePeerFrame(MakeCameraPicture(width, height, i), format)));
     }
     return packets;
 }

@@ -3,6 +3,8 @@
 #include "codecs/SampleBlobs.h"
 #include "framework/ImageMetadata.h"
 #include "host/Edition.h"
+#include "host/Image.h"
+#include "pixel/PixelConvert.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -14,6 +16,7 @@ namespace {
 
 constexpr uint32_t workPacking = FourCC("b64a");
 constexpr uint32_t carriesAlpha = 2; ///< of `CxEncoderInfo::flags`
+constexpr uint32_t codesAlpha = 2;   ///< of `CxEncodedFrame::flags`
 
 CxEncoderInfo Row(uint32_t fourCC, const char* name, uint32_t flags) {
     CxEncoderInfo row;
@@ -52,6 +55,26 @@ void WriteMetadata(uint32_t fourCC, const uint8_t* sample, Image& image) {
     if (const char* const name = FrameFormatName(sample)) metadata.FindKey("FrameFormat") = name;
 }
 
+PrxEncodeSettings SettingsOf(const CxEncodedFrame& frame) {
+    constexpr uint32_t topFieldFirst = 2;
+    constexpr uint32_t bottomFieldFirst = 3;
+    const int32_t interlaceMode =
+        frame.fieldOrder == topFieldFirst ? 1 : (frame.fieldOrder == bottomFieldFirst ? 2 : 0);
+    return {frame.codecTag, interlaceMode, static_cast<uint8_t>((frame.flags & codesAlpha) != 0)};
+}
+
+/// Makes sure that `frame` has a buffer, and that its size is told. False if memory is short.
+bool ProvideOutput(const PrxEncodeSettings& settings, const Image& image, CxEncodedFrame& frame) {
+    if (frame.data != nullptr) return true;
+    constexpr int outputAlignment = 32;
+    int32_t maxSize = 0;
+    PrxGetMaxFrameSize(settings.codecType, settings.hasAlpha, image.Width, image.Height, &maxSize, nullptr);
+    frame.data = static_cast<uint8_t*>(Platform::AllocMemAligned(maxSize, outputAlignment));
+    if (frame.data == nullptr) return false;
+    frame.size = static_cast<uint32_t>(maxSize);
+    return true;
+}
+
 } // namespace
 
 bool ProResCodec::FillCodecInfo(std::set<uint32_t>& decoderFourCCs, std::vector<CxEncoderInfo>& encoders,
@@ -78,16 +101,16 @@ CxAVError ProResCodec::Open() {
     return decoder ? CxAV_OK : CxAV_FAILED;
 }
 
-bool ProResCodec::PrepareBuffer(PrxPixelBuffer& buffer) {
-    const uint32_t rowBytes = PrxGetBytesPerRow(static_cast<uint32_t>(width), workPacking, 0);
-    const int64_t size = int64_t{height} * rowBytes;
+bool ProResCodec::PrepareBuffer(int32_t pictureWidth, int32_t pictureHeight, PrxPixelBuffer& buffer) {
+    const uint32_t rowBytes = PrxGetBytesPerRow(static_cast<uint32_t>(pictureWidth), workPacking, 0);
+    const int64_t size = int64_t{pictureHeight} * rowBytes;
     if (size <= 0 || size > INT32_MAX) return false;
     const int32_t capacity = workBuffer.capacity;
     if (!workBuffer.EnsureSize(static_cast<int32_t>(size))) return false;
     // So that a damaged slice never shows old memory.
     if (workBuffer.capacity != capacity) std::memset(workBuffer.data, 0, static_cast<size_t>(size));
-    buffer = {static_cast<uint8_t*>(workBuffer.data), static_cast<int32_t>(rowBytes), workPacking, width,
-              height};
+    buffer = {static_cast<uint8_t*>(workBuffer.data), static_cast<int32_t>(rowBytes), workPacking,
+              pictureWidth, pictureHeight};
     return true;
 }
 
@@ -102,7 +125,7 @@ const uint8_t* ProResCodec::ReadSample(int32_t frame, int32_t& size) {
 
 CxAVError ProResCodec::DecodeSample(int32_t frame, Image*& image) {
     PrxPixelBuffer buffer = {};
-    if (!PrepareBuffer(buffer)) return CxAV_FAILED;
+    if (!PrepareBuffer(width, height, buffer)) return CxAV_FAILED;
     int32_t size = 0;
     const uint8_t* const sample = ReadSample(frame, size);
     if (sample == nullptr) return CxAV_FAILED;
@@ -128,4 +151,43 @@ CxAVError ProResCodec::GetDecodedFrame(int32_t frame, Image*& image) {
     }
 }
 
-CxAVError ProResCodec::EncodeFrame(Image*& /*image*/, CxEncodedFrame& /*frame*/) { return CxAV_UNSUPPORTED; }
+CxAVError ProResCodec::SetEncoderSettings(CxVideoSettings& settings) {
+    width = settings.width;
+    height = settings.height;
+    return CxAV_OK;
+}
+
+int32_t ProResCodec::GetTargetFrameSize(CxVideoSettings settings) {
+    int32_t maxSize = 0;
+    int32_t targetSize = 0;
+    PrxGetMaxFrameSize(settings.fourCC, settings.hasAlpha, settings.width, settings.height, &maxSize,
+                       &targetSize);
+    return targetSize != 0 ? targetSize : maxSize;
+}
+
+CxAVError ProResCodec::EncodeImage(Image*& image, CxEncodedFrame& frame) {
+    const PrxEncodeSettings settings = SettingsOf(frame);
+    if (!ProvideOutput(settings, *image, frame)) return CxAV_FAILED;
+    if (image->Width < 1 || image->Height < 1) return CxAV_FAILED;
+    PrxPixelBuffer buffer = {};
+    if (!PrepareBuffer(image->Width, image->Height, buffer)) return CxAV_INVALID_STATE;
+    if (!PixelConvert::ImageToBlob(image, workPacking, buffer.rowBytes, buffer.baseAddress, false))
+        return CxAV_INVALID_STATE;
+    if (!encoder) encoder.reset(PrxCreateEncoder(0, nullptr));
+    const auto capacity = static_cast<int32_t>(std::min<uint32_t>(frame.size, INT32_MAX));
+    int32_t size = 0;
+    if (PrxEncodeFrame(encoder.get(), &settings, &buffer, frame.data, capacity, &size, nullptr) != 0)
+        return CxAV_FAILED;
+    frame.size = static_cast<uint32_t>(size);
+    return CxAV_OK;
+}
+
+CxAVError ProResCodec::EncodeFrame(Image*& image, CxEncodedFrame& frame) {
+    if (image == nullptr) return CxAV_INVALID_STATE;
+    try {
+        return EncodeImage(image, frame);
+    } catch (...) {
+        // The engine and the host's row threads throw where memory is short.
+        return CxAV_FAILED;
+    }
+}

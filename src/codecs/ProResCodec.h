@@ -35,23 +35,40 @@ public:
     /// code opens.
     /// @return `CxAV_INVALID_STATE` without a source; `CxAV_FAILED` if the workers can't start
     CxAVError Open() override;
-    /// Encoding is not part of the engine.
-    /// @return `CxAV_UNSUPPORTED`, with `frame` unchanged
+    /// Takes the size, and nothing else, from `settings`; `extraData` stays as it is.
+    /// @return `CxAV_OK`
+    CxAVError SetEncoderSettings(CxVideoSettings& settings) override;
+    /// Encodes the whole image, whatever size was set, as the codec type `frame.codecTag`. `frame.fieldOrder`
+    /// 2 and 3 give interlaced frames, any other value progressive ones; `frame.flags` asks for alpha, which
+    /// codes of the 4:2:2 family don't have. Without `frame.data` a buffer for the largest possible frame is
+    /// allocated, which is the caller's from then on, also after a failure. Workers start with the first
+    /// frame, and stay.
+    /// @return `CxAV_INVALID_STATE` without an image or a buffer that takes its pixels as `b64a`;
+    ///         `CxAV_FAILED` for an image without pixels or with more than 65535 across or down, for
+    ///         `frame.data` that is too small for the largest possible frame, if the workers can't start, and
+    ///         if memory for anything else is short. `frame.size` keeps the buffer's size then
     CxAVError EncodeFrame(Image*& image, CxEncodedFrame& frame) override;
+    /// The size that rate control aims for, or the largest one if there is no such aim.
+    int32_t GetTargetFrameSize(CxVideoSettings settings) override;
 
 private:
     struct DecoderDeleter {
         void operator()(PrxDecoderRef handle) const { PrxDeleteDecoder(handle); }
     };
+    struct EncoderDeleter {
+        void operator()(PrxEncoderRef handle) const { PrxDeleteEncoder(handle); }
+    };
 
-    /// Makes sure of a picture of the track's size and describes it. Fresh memory is cleared. False if it is
-    /// too large for a buffer, or memory is short.
-    bool PrepareBuffer(PrxPixelBuffer& buffer);
+    /// Makes sure of a picture of this size and describes it. Fresh memory is cleared. False if it has no
+    /// pixels or is too large for a buffer, or memory is short.
+    bool PrepareBuffer(int32_t pictureWidth, int32_t pictureHeight, PrxPixelBuffer& buffer);
     /// Sample `frame`, or null.
     const uint8_t* ReadSample(int32_t frame, int32_t& size);
     CxAVError DecodeSample(int32_t frame, Image*& image);
+    CxAVError EncodeImage(Image*& image, CxEncodedFrame& frame);
 
     std::unique_ptr<PrxDecoderHandle, DecoderDeleter> decoder; ///< null until `Open`
+    std::unique_ptr<PrxEncoderHandle, EncoderDeleter> encoder; ///< null until the first `EncodeFrame`
     int32_t width = 0;                                         ///< pixels
     int32_t height = 0;                                        ///< pixels
     CxAlignedBuffer workBuffer;                                ///< the frame as `b64a`

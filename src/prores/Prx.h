@@ -10,7 +10,7 @@
 /// The caller's description of an uncompressed picture. Filled by the caller and never changed by the engine.
 struct PrxPixelBuffer {
     uint8_t* baseAddress; ///< first byte of the top row
-    int32_t rowBytes;     ///< bytes from one row to the next
+    int32_t rowBytes;     ///< bytes from one row to the next; rows may not overlap
     uint32_t pixelFormat; ///< FourCC of the layout, its first character in the most significant byte
     int32_t width;        ///< pixels that the buffer can take across
     int32_t height;       ///< rows that the buffer can take
@@ -65,9 +65,12 @@ PrxEncoderRef PrxCreateEncoder(uint32_t workerCount, PrxThreadStartHook threadSt
 
 /// Encodes `pixels` into one frame in the `capacity` bytes at `output`, and returns when it is finished. The
 /// same pixels, settings and options give the same bytes, whatever the workers and the machine. No pixel
-/// outside the picture is read; `rowBytes` may be negative and any address unaligned. Pixels of `y408`,
-/// `r408`, `v408`, `y416` and `r4fl` that go into a 4:2:2 stream are changed: their chroma is low-passed in
-/// place.
+/// outside the picture is read, and any address may be unaligned. Pixels of `y408`, `r408`, `v408`, `y416`
+/// and `r4fl` that go into a 4:2:2 stream are changed: their chroma is low-passed in place.
+///
+/// `rowBytes` may be negative, for rows that go upwards. Either way a row has to take its `width` pixels:
+/// whole pairs of them in `2vuy`, `yuvs` and `v216`, and in `v210` whole groups of six, 16 bytes each.
+/// Shorter rows of `v210` are no error: they are not read, and black ones are encoded.
 ///
 /// `*outputSize` gets the frame's size in bytes, which is within the `maxFrameSize` of `PrxGetMaxFrameSize`.
 /// `*allOpaque` gets 1 if every sample of alpha is at full value or no alpha was encoded, else 0. Either
@@ -75,7 +78,8 @@ PrxEncoderRef PrxCreateEncoder(uint32_t workerCount, PrxThreadStartHook threadSt
 ///
 /// Returns 0, or
 /// -50: `handle`, `settings`, `pixels`, its `baseAddress` or `output` is null; there is no way from the pixel
-///      format to the codec; `width` or `height` is below 1; `capacity` is below `maxFrameSize`;
+///      format to the codec; `width` or `height` is below 1; `capacity` is below `maxFrameSize`; `rowBytes`,
+///      taken without its sign, is too small for a row, but for `v210`;
 ///  -3: `width` or `height` is above 65535.
 /// Then nothing has been written.
 ///

@@ -37,12 +37,12 @@ private:
 #endif
 };
 
-/// Runs `Function` with rounding to nearest. The call goes through a volatile pointer, so that the compiler
-/// doesn't know what it calls: it can't inline the function, and so can't move any of its arithmetic to where
-/// the caller's mode holds.
+/// Runs `Function` with rounding to nearest and returns its result. The call goes through a volatile pointer,
+/// so that the compiler doesn't know what it calls: it can't inline the function, and so can't move any of
+/// its arithmetic to where the caller's mode holds.
 template <auto Function, typename... Arguments>
-void PrxRunRoundingToNearest(const Arguments&... arguments) {
+auto PrxRunRoundingToNearest(const Arguments&... arguments) {
     auto* const volatile function = Function;
     const PrxRoundToNearest rounding;
-    function(arguments...);
+    return function(arguments...);
 }

@@ -59,17 +59,6 @@ TEST(ProResCodec, IsRegisteredAtLoadForEveryCode) {
     }
 }
 
-TEST(ProResCodec, MakesEncodersThatRefuseToEncode) {
-    for (const char* const name : names) {
-        const CodecPointer encoder = NewEncoder(name);
-        ASSERT_NE(encoder, nullptr) << name;
-        const ImagePtr image = MakeImage(64, 32);
-        Bytes sample;
-        EXPECT_EQ(Encode(*encoder, FourCC("apch"), image.get(), sample), CxAV_UNSUPPORTED);
-        EXPECT_TRUE(sample.empty());
-    }
-}
-
 TEST(ProResCodec, OpensForAnyCode) {
     MemoryTrackSource source = ProResTrack({BuildFrame(GreyFrame())}, FourCC("what"));
     ProResCodec codec(CxAV_DECODE, nullptr);

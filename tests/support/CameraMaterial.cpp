@@ -83,12 +83,12 @@ void PackB64a(const CameraPicture& picture, size_t at, int32_t column, uint8_t* 
 
 } // namespace
 
-CameraPicture MakeCameraPicture(int32_t width, int32_t height, int32_t index) {
+CameraPicture MakeCameraPicture(int32_t width, int32_t height, int32_t index, float grain) {
     static const Texture light(1), blue(2), red(3);
     const auto pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
     CameraPicture picture = {width, height, {}, {}, {}, std::vector<uint16_t>(pixels, opaque)};
     std::mt19937 random(static_cast<uint32_t>(index) + 77);
-    std::normal_distribution<float> grain;
+    std::normal_distribution<float> normal;
     const float zoom = 1920.0f / static_cast<float>(width);
     for (int32_t row = 0; row < height; ++row) {
         for (int32_t column = 0; column < width; ++column) {
@@ -96,9 +96,9 @@ CameraPicture MakeCameraPicture(int32_t width, int32_t height, int32_t index) {
             const float y = static_cast<float>(row) * zoom;
             const bool bright = std::fmod(x + 0.6f * y, 310.0f) < 120.0f;
             const float base = (bright ? 560.0f : 420.0f) + 260.0f * light.At(x, y);
-            picture.luma.push_back(Code(base + 5.0f * grain(random)));
-            picture.cb.push_back(Code(512.0f + 90.0f * blue.At(x, y) + 3.0f * grain(random)));
-            picture.cr.push_back(Code(512.0f + 90.0f * red.At(x, y) + 3.0f * grain(random)));
+            picture.luma.push_back(Code(base + grain * normal(random)));
+            picture.cb.push_back(Code(512.0f + 90.0f * blue.At(x, y) + 0.6f * grain * normal(random)));
+            picture.cr.push_back(Code(512.0f + 90.0f * red.At(x, y) + 0.6f * grain * normal(random)));
         }
     }
     return picture;

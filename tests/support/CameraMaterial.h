@@ -14,8 +14,10 @@ struct CameraPicture {
     std::vector<uint16_t> alpha; ///< full range; opaque until `AddMatte`
 };
 
-/// Picture `index` of a slow pan. The same arguments give the same picture.
-CameraPicture MakeCameraPicture(int32_t width, int32_t height, int32_t index);
+/// Picture `index` of a slow pan. The same arguments give the same picture. `grain` is the standard deviation
+/// of its grain in luma, in codes; chroma has three fifths of that. A camera at its base sensitivity has
+/// about 2, and one in the dark 5 and more.
+CameraPicture MakeCameraPicture(int32_t width, int32_t height, int32_t index, float grain = 5.0f);
 
 /// Gives a picture the alpha of a figure cut out of its background: opaque inside, transparent outside, with
 /// an edge as soft as focus and motion make it.

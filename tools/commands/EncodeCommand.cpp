@@ -8,6 +8,7 @@
 #include "framework/CxAVCodecRegistry.h"
 #include "host/Platform.h"
 #include "media/MovieTrackWriter.h"
+#include "media/ProResTags.h"
 
 #include <limits>
 
@@ -61,17 +62,17 @@ int ToldValue(const TrackValue& value, int unknown) {
     return value.source == ValueSource::Assumed ? unknown : value.value;
 }
 
-/// Tags of a YUV movie that is made of RGB pixels: what the pixel conversion does, and primaries and transfer
-/// of the same standard where nobody tells others.
-void TagAsBt709(MovieTrackSettings& settings) {
-    settings.colorMatrix = kBt709;
+/// Tags of a YUV movie that is made of RGB pixels: the matrix that the encoder converts with, and primaries
+/// and transfer of BT.709 where nobody tells others.
+void TagAsMadeOfRgb(MovieTrackSettings& settings, int matrix) {
+    settings.colorMatrix = matrix;
     settings.colorRange = kVideoRange;
     if (settings.colorPrimaries == kNotTold) settings.colorPrimaries = kBt709;
     if (settings.colorTransfer == kNotTold) settings.colorTransfer = kBt709;
 }
 
-/// Pixels are converted with the BT.709 matrix in video range in both directions, so the tags of a YUV movie
-/// stay true for a YUV movie that is made of it.
+/// Uncompressed YUV is converted with the BT.709 matrix in video range in both directions, so the tags of a
+/// YUV movie stay true for an uncompressed YUV movie that is made of it.
 void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
     if (track.movie) {
         settings.colorPrimaries = ToldValue(track.movie->colorPrimaries, kNotTold);
@@ -83,8 +84,10 @@ void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
     if (PackingIsRgb(settings.fourCC)) {
         settings.colorMatrix = kNotTold;
         settings.colorRange = kRangeNotTold;
+    } else if (IsProRes(settings.fourCC)) {
+        TagAsMadeOfRgb(settings, ProResMatrix(settings.height));
     } else if (!ofYuv) {
-        TagAsBt709(settings);
+        TagAsMadeOfRgb(settings, kBt709);
     }
 }
 
@@ -155,6 +158,7 @@ void EncodeImage(CxAbstractAVCodec& encoder, const CxEncoderInfo& row, const Mov
     if (error != CxAV_OK)
         throw ToolError(error == CxAV_UNSUPPORTED ? ExitStatus::Unsupported : ExitStatus::JobFailed,
                         movie.path, "'" + row.name + "' can't encode a frame");
+    if (IsProRes(movie.fourCC)) TagProResFrame(movie, {frame.data, frame.size});
     writer.WriteFrame(frame.data, frame.size);
 }
 

@@ -171,7 +171,6 @@ private:
 template <class Format>
 uint32_t CodeArea(const PrxAlphaArea& area, uint8_t* out, uint32_t capacity, bool* opaque) {
     assert(area.columns > 0 && area.rows > 0 && (area.columns + area.extraColumns) * area.rows <= 2048);
-    const PrxRoundToNearest rounding;
     AlphaRuns<Format> runs(area.pixels, out, capacity);
     for (int32_t y = 0; y < area.rows; ++y)
         runs.AddRow(area.pixels + y * area.rowBytes, static_cast<size_t>(area.columns),
@@ -179,8 +178,12 @@ uint32_t CodeArea(const PrxAlphaArea& area, uint8_t* out, uint32_t capacity, boo
     return runs.Finish(opaque);
 }
 
-template <class Format>
-constexpr PrxAlphaCoder coderOf = {Format::bits / 8, Format::bits == 8 ? 2 : 3, CodeArea<Format>};
+uint32_t CodeFloatArea(const PrxAlphaArea& area, uint8_t* out, uint32_t capacity, bool* opaque) {
+    return PrxRunRoundingToNearest<&CodeArea<Float>>(area, out, capacity, opaque);
+}
+
+template <class Format, decltype(PrxAlphaCoder::code) Code = CodeArea<Format>>
+constexpr PrxAlphaCoder coderOf = {Format::bits / 8, Format::bits == 8 ? 2 : 3, Code};
 
 } // namespace
 
@@ -194,7 +197,7 @@ PrxAlphaCoder PrxChooseAlphaCoder(bool hasAlpha, uint32_t pixelFormat) {
     case prxFormatV408: return coderOf<LastByte>;
     case prxFormatY416: return coderOf<LittleEndianWord>;
     case prxFormatB64a: return coderOf<BigEndianWord>;
-    case prxFormatR4fl: return coderOf<Float>;
+    case prxFormatR4fl: return coderOf<Float, CodeFloatArea>;
     default: return none;
     }
 }

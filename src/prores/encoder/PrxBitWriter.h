@@ -33,8 +33,8 @@ public:
 
     /// Bits that may go to `AppendCodes`.
     size_t RoomToAppend() const {
-        const auto bytes = static_cast<size_t>(end_ - next_);
-        return bytes >= 9 ? (bytes - 9) * 8 : 0;
+        const ptrdiff_t bytes = end_ - next_; // below 0 behind the start of a writer without a limit
+        return bytes >= 9 ? static_cast<size_t>(bytes - 9) * 8 : 0;
     }
 
     /// Writes `count` codes of 0 to `longestAppended` bits, together no more than `RoomToAppend`.

@@ -53,12 +53,22 @@ void LowPassFloatRowNearest(uint8_t* row, int32_t width, int32_t first) {
 
 } // namespace
 
+void PrxLowPassY408(uint8_t* row, int32_t width, int32_t first) {
+    LowPassRow<uint8_t, 2, 3>(row, width, first);
+}
+void PrxLowPassV408(uint8_t* row, int32_t width, int32_t first) {
+    LowPassRow<uint8_t, 0, 2>(row, width, first);
+}
+void PrxLowPassY416(uint8_t* row, int32_t width, int32_t first) {
+    LowPassRow<uint16_t, 2, 3>(row, width, first);
+}
+
 PrxChromaLowPass PrxGetScalarChromaLowPass(uint32_t pixelFormat) {
     switch (pixelFormat) {
     case prxFormatY408:
-    case prxFormatR408: return LowPassRow<uint8_t, 2, 3>;
-    case prxFormatV408: return LowPassRow<uint8_t, 0, 2>;
-    case prxFormatY416: return LowPassRow<uint16_t, 2, 3>;
+    case prxFormatR408: return PrxLowPassY408;
+    case prxFormatV408: return PrxLowPassV408;
+    case prxFormatY416: return PrxLowPassY416;
     case prxFormatR4fl: return LowPassFloatRowNearest;
     default: return nullptr;
     }

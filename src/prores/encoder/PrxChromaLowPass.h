@@ -13,3 +13,8 @@ using PrxChromaLowPass = void (*)(uint8_t* row, int32_t width, int32_t first);
 /// formats that are no Y'CbCr 4:4:4.
 PrxChromaLowPass PrxGetChromaLowPass(uint32_t pixelFormat);
 PrxChromaLowPass PrxGetScalarChromaLowPass(uint32_t pixelFormat);
+
+/// The reference forms of the integer formats; `r408` has that of `y408`.
+void PrxLowPassY408(uint8_t* row, int32_t width, int32_t first);
+void PrxLowPassV408(uint8_t* row, int32_t width, int32_t first);
+void PrxLowPassY416(uint8_t* row, int32_t width, int32_t first);

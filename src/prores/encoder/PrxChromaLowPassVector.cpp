@@ -41,11 +41,11 @@ HWY_INLINE V SwapPixels(D d, V pixels) {
     return hn::BitCast(d, hn::Reverse2(whole, hn::BitCast(whole, pixels)));
 }
 
-/// Filters whole vectors of pixels, from an even one on, and leaves the rest to the reference form. The
-/// neighbours are odd pixels, which stay as they are: nothing that was stored is used again. The way goes
+/// Filters whole vectors of pixels, from an even one on, and leaves the rest to the reference form, `Filter`.
+/// The neighbours are odd pixels, which stay as they are: nothing that was stored is used again. The way goes
 /// from right to left, as a load that overlaps the last store would have to wait for it. `ChromaBits` marks
 /// the chroma of the first pixel of a pair, or its part of 64 bits.
-template <uint32_t PixelFormat, typename T, uint64_t ChromaBits>
+template <PrxChromaLowPass Filter, typename T, uint64_t ChromaBits>
 void LowPassRow(uint8_t* row, int32_t width, int32_t first) {
     const hn::CappedTag<T, 64 / sizeof(T)> d;
     const hn::Repartition<uint8_t, decltype(d)> bytes;
@@ -56,10 +56,9 @@ void LowPassRow(uint8_t* row, int32_t width, int32_t first) {
     if constexpr (pixelBytes == 8) chroma = hn::OddEven(hn::Zero(quads), chroma);
     const auto mask = hn::BitCast(d, chroma);
 
-    const PrxChromaLowPass filter = PrxGetScalarChromaLowPass(PixelFormat);
     const int32_t begin = std::max(first, 2); // pixel 0 has no left neighbour
     const int32_t end = begin + std::max(width - begin, 0) / step * step;
-    filter(row, width, end);
+    Filter(row, width, end);
     for (int32_t x = end - step; x >= begin; x -= step) {
         uint8_t* pixels = row + x * pixelBytes;
         const auto middle = hn::BitCast(d, hn::LoadU(bytes, pixels));
@@ -68,15 +67,15 @@ void LowPassRow(uint8_t* row, int32_t width, int32_t first) {
         hn::StoreU(hn::BitCast(bytes, hn::Or(hn::And(mask, filtered), hn::AndNot(mask, middle))), bytes,
                    pixels);
     }
-    if (first == 0) filter(row, std::min(width, 2), 0);
+    if (first == 0) Filter(row, std::min(width, 2), 0);
 }
 
 PrxChromaLowPass PickLowPass(uint32_t pixelFormat) {
     switch (pixelFormat) {
-    case prxFormatY408: return LowPassRow<prxFormatY408, uint8_t, 0xFFFF0000>;
-    case prxFormatR408: return LowPassRow<prxFormatR408, uint8_t, 0xFFFF0000>;
-    case prxFormatV408: return LowPassRow<prxFormatV408, uint8_t, 0x00FF00FF>;
-    case prxFormatY416: return LowPassRow<prxFormatY416, uint16_t, 0xFFFFFFFF00000000>;
+    case prxFormatY408:
+    case prxFormatR408: return LowPassRow<PrxLowPassY408, uint8_t, 0xFFFF0000>;
+    case prxFormatV408: return LowPassRow<PrxLowPassV408, uint8_t, 0x00FF00FF>;
+    case prxFormatY416: return LowPassRow<PrxLowPassY416, uint16_t, 0xFFFFFFFF00000000>;
     default: return nullptr;
     }
 }

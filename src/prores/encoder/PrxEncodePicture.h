@@ -5,6 +5,7 @@
 #include "prores/encoder/PrxInputConverter.h"
 #include "prores/encoder/PrxPlaneCoder.h"
 #include "prores/encoder/PrxQuantise.h"
+#include "prores/encoder/PrxRowPreparation.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,9 @@ struct PrxPictureSource {
     int32_t width;        ///< pixels, 1 or more
     int32_t height;       ///< rows of the picture; 0 for a field of a frame of one row
     bool isField;         ///< one of two fields
+
+    /// From one row of the frame to the next.
+    ptrdiff_t FrameRowBytes() const { return isField ? rowBytes / 2 : rowBytes; }
 };
 
 /// What a run of the jobs does with a picture.
@@ -35,6 +39,7 @@ struct PrxEncodePicture {
     uint32_t blocksPerMb;    ///< 8 or 12
     int32_t sliceHeaderSize; ///< 6, or 8 with alpha
     PrxAlphaCoder alphaCoder;
+    PrxRowPreparer preparer;
     PrxConvertMacroblock convert;
     PrxForwardTransform transform;
     PrxQuantiser quantise;

@@ -2,7 +2,6 @@
 
 #include "prores/PrxFormats.h"
 #include "prores/encoder/PrxEncodeSlice.h"
-#include "prores/encoder/PrxRowPreparation.h"
 
 #include <algorithm>
 
@@ -47,10 +46,9 @@ bool MeasureRow(const PrxEncodeRowJob& job, PrxEncodeContext& context) {
     const PrxPictureSource& source = picture.source;
     for (PrxSlice& slice : job.slices)
         CodeAlpha(job, slice);
-    const bool usesBuffer = PrxUsesRowBuffer(source.pixelFormat, picture.chromaFormat);
-    if (usesBuffer && !context.rows.EnsureWidth(source.width)) return false;
+    if (picture.preparer.UsesBuffer() && !context.rows.EnsureWidth(source.width)) return false;
     const PrxStrip given{job.rows, source.rowBytes, source.pixelFormat, source.width, job.rowCount};
-    const PrxStrip strip = PrxPrepareRows(given, picture.chromaFormat, picture.colorMatrix, context.rows);
+    const PrxStrip strip = PrxPrepareRows(picture.preparer, given, picture.colorMatrix, context.rows);
     for (PrxSlice& slice : job.slices) {
         Transform(picture, strip, slice);
         if (!PrxEncodeSlice(picture, slice, context)) return false;

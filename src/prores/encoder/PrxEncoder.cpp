@@ -10,6 +10,7 @@
 #include "prores/encoder/PrxInputConverter.h"
 #include "prores/encoder/PrxQuantMatrices.h"
 
+#include <cstdlib>
 #include <new>
 
 namespace {
@@ -37,6 +38,13 @@ int64_t NeededCapacity(const PrxEncodeSettings& settings, const PrxPixelBuffer& 
     return PrxGetTargetSize(settings.codecType, pixelCount, 0) + alphaSize;
 }
 
+/// Whether the rows are as far apart as the pixels of one take. Rows of `v210` that aren't are left alone.
+bool RowsHaveRoom(const PrxPixelBuffer& pixels) {
+    if (pixels.pixelFormat == prxFormatV210) return true;
+    const int64_t stored = PrxIs422Format(pixels.pixelFormat) ? (pixels.width + 1) / 2 * 2 : pixels.width;
+    return std::abs(int64_t{pixels.rowBytes}) >= stored * PrxGetGroupSize(pixels.pixelFormat).bytesPerGroup;
+}
+
 int32_t CheckRequest(const PrxEncodeRequest& request, int32_t chromaFormat) {
     const PrxPixelBuffer& pixels = request.pixels;
     if (pixels.baseAddress == nullptr) return wrongArgument;
@@ -44,7 +52,8 @@ int32_t CheckRequest(const PrxEncodeRequest& request, int32_t chromaFormat) {
     if (pixels.width < 1 || pixels.height < 1) return wrongArgument;
     const auto capacity = static_cast<int64_t>(request.output.size());
     if (capacity < NeededCapacity(request.settings, pixels, chromaFormat)) return wrongArgument;
-    return pixels.width > largestSide || pixels.height > largestSide ? tooLarge : 0;
+    if (pixels.width > largestSide || pixels.height > largestSide) return tooLarge;
+    return RowsHaveRoom(pixels) ? 0 : wrongArgument;
 }
 
 /// The target of the whole frame.
@@ -74,7 +83,8 @@ PrxRateTarget PictureTarget(const PrxRateTarget& frame, int32_t pictureCount) {
 
 PrxPictureSource SourceOf(const PrxPixelBuffer& pixels, const PrxFieldPlan& plan) {
     const ptrdiff_t rowBytes = pixels.rowBytes;
-    return {.rows = pixels.baseAddress + (plan.bottom ? rowBytes : 0),
+    const bool fromSecondRow = plan.bottom && plan.height > 0;
+    return {.rows = pixels.baseAddress + (fromSecondRow ? rowBytes : 0),
             .rowBytes = plan.interleaved ? 2 * rowBytes : rowBytes,
             .pixelFormat = pixels.pixelFormat,
             .width = pixels.width,

@@ -18,7 +18,8 @@ constexpr auto Sub = PrxSaturatedSub;
 constexpr auto MulHigh = PrxMulHigh;
 
 /// Transforms a column. Each result is larger than its frequency by a factor that the row pass divides by,
-/// and on average too small by what the products lose: they are cut off, not rounded.
+/// and on average too small by what the products lose: they are cut off, not rounded. Sums of samples of more
+/// than 12 bits saturate. Kept.
 Line TransformColumn(const Line& x) {
     const int16_t t0 = Add(x[0], x[7]), t7 = Sub(x[0], x[7]);
     const int16_t t1 = Add(x[1], x[6]), t6 = Sub(x[1], x[6]);
@@ -66,7 +67,8 @@ Line TransformRow(const Line& x, size_t y) {
     return results;
 }
 
-/// For blocks of equal samples, whose zeros the row rounders would spoil.
+/// For blocks of equal samples, whose zeros the row rounders would spoil. Four times a sample of more than 14
+/// bits wraps around. Kept.
 void SetFlat(int16_t* block) {
     block[0] = static_cast<int16_t>(4 * block[0]);
     std::fill(block + 1, block + 64, int16_t{0});

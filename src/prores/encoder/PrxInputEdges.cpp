@@ -6,6 +6,8 @@
 
 namespace {
 
+/// A 4:4:4 row for a 4:2:2 stream has its chroma filtered in even pixels only: where its last pixel is an odd
+/// one, chroma that was not filtered is repeated. Kept.
 void ExtendRow(uint8_t* row, int32_t columns, ptrdiff_t pixelBytes) {
     for (int32_t x = columns; x < 16; ++x)
         std::memcpy(row + x * pixelBytes, row + (columns - 1) * pixelBytes, static_cast<size_t>(pixelBytes));

@@ -2,6 +2,7 @@
 
 #include "prores/PrxRgbPacking.h"
 #include "prores/PrxRoundToNearest.h"
+#include "prores/encoder/PrxInputBlocks.h"
 #include "prores/encoder/PrxInputCoefficients.h"
 #include "prores/encoder/PrxInputEdges.h"
 #include "prores/encoder/PrxInputRgbVector.h"
@@ -50,15 +51,13 @@ template <uint32_t PixelFormat>
 void ConvertPixels(const uint8_t* source, ptrdiff_t rowBytes, int16_t* blocks, int32_t colorMatrix) {
     const PrxInputCoefficients& factors =
         PrxGetInputCoefficients(colorMatrix, PrxRgbLayoutOf(PixelFormat).outMax, prxInputTargetSamples);
+    const PrxInputBlocks samples(blocks);
     for (int32_t y = 0; y < 16; ++y) {
         for (int32_t x = 0; x < 16; ++x) {
             const Rgb rgb = LoadPixel<PixelFormat>(source + y * rowBytes, x);
-            int16_t* sample = blocks + 8 * (y % 8) + x % 8;
-            const int32_t luma = 2 * (y / 8) + x / 8;
-            const int32_t cb = 4 + 2 * (y / 8) + 4 * (x / 8);
-            sample[64 * luma] = static_cast<int16_t>(Nearest(Luma(rgb, factors)) - prxRgbSampleOffset);
-            sample[64 * cb] = static_cast<int16_t>(Nearest(Cb(rgb, factors)));
-            sample[64 * (cb + 1)] = static_cast<int16_t>(Nearest(Cr(rgb, factors)));
+            samples.Luma(x, y) = static_cast<int16_t>(Nearest(Luma(rgb, factors)) - prxRgbSampleOffset);
+            samples.Cb(x, y) = static_cast<int16_t>(Nearest(Cb(rgb, factors)));
+            samples.Cr(x, y) = static_cast<int16_t>(Nearest(Cr(rgb, factors)));
         }
     }
 }

@@ -5,7 +5,6 @@
 #include "prores/encoder/PrxInputCoefficients.h"
 #include "prores/encoder/PrxInputEdges.h"
 
-#include <array>
 #include <bit>
 #include <cstring>
 
@@ -15,8 +14,8 @@
 
 #include <hwy/highway.h>
 
-#include "prores/PrxBlockRows-inl.h"
 #include "prores/PrxNearestIntegers-inl.h"
+#include "prores/encoder/PrxInputRows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace prx_input_rgb {
@@ -31,25 +30,12 @@ PrxConvertRgbRow PickRowConverter(uint32_t) { return nullptr; }
 #else
 
 namespace hn = hwy::HWY_NAMESPACE;
-namespace rows = prx_block_rows::HWY_NAMESPACE;
+using namespace prx_input_rows::HWY_NAMESPACE;
 using prx_nearest::HWY_NAMESPACE::NearestIntegers;
 
 static_assert(std::endian::native == std::endian::little, "words are stored as they stand in memory");
 
-// A vector holds four pixels in each of its blocks of 16 bytes.
-using DByte = rows::DRows;
-using DWord = hn::Repartition<uint16_t, DByte>;
-using DPair = hn::Repartition<uint32_t, DByte>;
-using DSample = hn::Repartition<int16_t, DByte>;
-using DInt = hn::Repartition<int32_t, DByte>;
-using DFloat = hn::Repartition<float, DByte>;
-using VByte = hn::Vec<DByte>;
-using VWord = hn::Vec<DWord>;
-using VPair = hn::Vec<DPair>;
-using VInt = hn::Vec<DInt>;
-using VFloat = hn::Vec<DFloat>;
-
-constexpr int32_t rowCount = static_cast<int32_t>(rows::rowCount);
+/// Pixels of a vector.
 constexpr int32_t pixelCount = 4 * rowCount;
 
 template <uint32_t PixelFormat>
@@ -63,14 +49,6 @@ struct Rgb {
     VFloat g;
     VFloat b;
 };
-
-using Shuffle = std::array<uint8_t, 16>;
-
-/// 16 bytes for each block, from addresses that are `stride` bytes apart, in another order.
-HWY_INLINE VByte LoadShuffled(const uint8_t* source, ptrdiff_t stride, const Shuffle& shuffle) {
-    return hn::TableLookupBytes(rows::LoadRows(DByte(), source, stride, rowCount),
-                                hn::LoadDup128(DByte(), shuffle.data()));
-}
 
 HWY_INLINE VFloat ToFloats(VPair codes) { return hn::ConvertTo(DFloat(), hn::BitCast(DInt(), codes)); }
 
@@ -86,21 +64,18 @@ HWY_INLINE VFloat UpperToFloats(VWord words) {
 HWY_INLINE Rgb LoadWidePixels(const uint8_t* source, ptrdiff_t stride) {
     // Two pixels become R R B B G G A A.
     alignas(16) static constexpr Shuffle channels = {3, 2, 11, 10, 7, 6, 15, 14, 5, 4, 13, 12, 1, 0, 9, 8};
-    const VPair first = hn::BitCast(DPair(), LoadShuffled(source, stride, channels));
-    const VPair second = hn::BitCast(DPair(), LoadShuffled(source + 16, stride, channels));
-    const VWord redBlue = hn::BitCast(DWord(), hn::InterleaveLower(DPair(), first, second));
-    const VWord green = hn::BitCast(DWord(), hn::InterleaveUpper(DPair(), first, second));
+    const VByte first = ShuffleBytes(Load(source, stride), channels);
+    const VByte second = ShuffleBytes(Load(source + 16, stride), channels);
+    const VWord redBlue = LowerPairs(first, second);
+    const VWord green = UpperPairs(first, second);
     return {LowerToFloats(redBlue), LowerToFloats(green), UpperToFloats(redBlue)};
 }
 
 template <bool BigEndian>
 HWY_INLINE VPair LoadPairs(const uint8_t* source, ptrdiff_t stride) {
     alignas(16) static constexpr Shuffle swap = {3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12};
-    if constexpr (BigEndian) {
-        return hn::BitCast(DPair(), LoadShuffled(source, stride, swap));
-    } else {
-        return hn::BitCast(DPair(), rows::LoadRows(DByte(), source, stride, rowCount));
-    }
+    const VByte pixels = Load(source, stride);
+    return hn::BitCast(DPair(), BigEndian ? ShuffleBytes(pixels, swap) : pixels);
 }
 
 /// Four pixels for each block, from addresses that are `stride` bytes apart.
@@ -148,38 +123,48 @@ struct Matrix {
 };
 
 // ---------------------------------------------------------------------------------------------------------
-// Macroblocks. A vector holds one or more rows, each in a block of its own.
+// Macroblocks
 
-/// Stores the samples of the left and the right four pixels of rows of a block.
-HWY_INLINE void StoreSamples(VInt left, VInt right, int16_t* out) {
-    hn::StoreU(hn::ReorderDemote2To(DSample(), left, right), DSample(), out);
-}
+/// The samples of eight pixels from those of the left and the right four.
+HWY_INLINE VSample Samples(VInt left, VInt right) { return hn::ReorderDemote2To(DSample(), left, right); }
 
-/// Converts `rowCount` rows of eight pixels.
 template <uint32_t PixelFormat>
-HWY_INLINE void ConvertEight(const uint8_t* source, ptrdiff_t rowBytes, const Matrix& matrix, int16_t* luma,
-                             int16_t* cb) {
-    const Rgb left = LoadPixels<PixelFormat>(source, rowBytes);
-    const Rgb right = LoadPixels<PixelFormat>(source + 4 * pixelBytes<PixelFormat>, rowBytes);
-    const VInt offset = hn::Set(DInt(), prxRgbSampleOffset);
-    StoreSamples(hn::Sub(NearestIntegers(matrix.y(left)), offset),
-                 hn::Sub(NearestIntegers(matrix.y(right)), offset), luma);
-    StoreSamples(NearestIntegers(matrix.cb(left)), NearestIntegers(matrix.cb(right)), cb);
-    StoreSamples(NearestIntegers(matrix.cr(left)), NearestIntegers(matrix.cr(right)), cb + 64);
-}
+struct RgbRows {
+    const Matrix& matrix;
+
+    HWY_INLINE void Convert(const uint8_t* source, ptrdiff_t rowBytes, int16_t* rowsOfHalf) const {
+        ConvertEight(source, rowBytes, {leftLuma, leftCb, leftCr}, rowsOfHalf);
+        ConvertEight(source + 8 * pixelBytes<PixelFormat>, rowBytes, {rightLuma, rightCb, rightCr},
+                     rowsOfHalf);
+    }
+
+private:
+    struct Places {
+        BlockPlace luma;
+        BlockPlace cb;
+        BlockPlace cr;
+    };
+
+    HWY_INLINE void ConvertEight(const uint8_t* source, ptrdiff_t rowBytes, Places places,
+                                 int16_t* rowsOfHalf) const {
+        const Rgb left = LoadPixels<PixelFormat>(source, rowBytes);
+        const Rgb right = LoadPixels<PixelFormat>(source + 4 * pixelBytes<PixelFormat>, rowBytes);
+        const VInt offset = hn::Set(DInt(), prxRgbSampleOffset);
+        Store(Samples(hn::Sub(NearestIntegers(matrix.y(left)), offset),
+                      hn::Sub(NearestIntegers(matrix.y(right)), offset)),
+              places.luma, rowsOfHalf);
+        Store(Samples(NearestIntegers(matrix.cb(left)), NearestIntegers(matrix.cb(right))), places.cb,
+              rowsOfHalf);
+        Store(Samples(NearestIntegers(matrix.cr(left)), NearestIntegers(matrix.cr(right))), places.cr,
+              rowsOfHalf);
+    }
+};
 
 template <uint32_t PixelFormat>
 HWY_NOINLINE void ConvertPixels(const uint8_t* source, ptrdiff_t rowBytes, int16_t* blocks,
                                 int32_t colorMatrix) {
     const Matrix matrix(PixelFormat, colorMatrix, prxInputTargetSamples);
-    for (int32_t y = 0; y < 16; y += rowCount) {
-        const uint8_t* row = source + y * rowBytes;
-        int16_t* luma = blocks + 128 * (y / 8) + 8 * (y % 8);
-        int16_t* cb = luma + 4 * 64;
-        ConvertEight<PixelFormat>(row, rowBytes, matrix, luma, cb);
-        ConvertEight<PixelFormat>(row + 8 * pixelBytes<PixelFormat>, rowBytes, matrix, luma + 64,
-                                  cb + 4 * 64);
-    }
+    ForEachVector(RgbRows<PixelFormat>{matrix}, source, rowBytes, blocks);
 }
 
 template <uint32_t PixelFormat>

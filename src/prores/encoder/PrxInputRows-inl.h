@@ -35,7 +35,10 @@ using DInt = hn::Repartition<int32_t, DByte>;
 using DFloat = hn::Repartition<float, DByte>;
 using VByte = hn::Vec<DByte>;
 using VWord = hn::Vec<DWord>;
+using VPair = hn::Vec<DPair>;
 using VSample = hn::Vec<DSample>;
+using VInt = hn::Vec<DInt>;
+using VFloat = hn::Vec<DFloat>;
 
 /// Rows of a vector.
 inline constexpr int32_t rowCount = static_cast<int32_t>(rows::rowCount);
@@ -99,20 +102,16 @@ enum BlockPlace : ptrdiff_t {
 inline constexpr ptrdiff_t halfSamples = 128;
 
 /// Stores samples at their rows of the left luma block, moved to the block that is meant.
-template <class ToSamples>
-HWY_INLINE void Store(VWord words, BlockPlace place, int16_t* rowsOfHalf) {
-    hn::StoreU(ToSamples()(words), DSample(), rowsOfHalf + place);
+HWY_INLINE void Store(VSample samples, BlockPlace place, int16_t* rowsOfHalf) {
+    hn::StoreU(samples, DSample(), rowsOfHalf + place);
 }
 
-/// Runs `Rows` for the rows of each vector of a macroblock.
-template <class Rows>
-HWY_INLINE void ForEachVector(const uint8_t* source, ptrdiff_t rowBytes, int16_t* blocks) {
-    for (int32_t half = 0; half < 2; ++half) {
-        for (int32_t y = 0; y < 8; y += rowCount) {
-            Rows::Convert(source, rowBytes, blocks + half * halfSamples + 8 * y);
-            source += rowCount * rowBytes;
-        }
-    }
+/// Has `conversion` convert the rows of each vector of a macroblock.
+template <class Conversion>
+HWY_INLINE void ForEachVector(const Conversion& conversion, const uint8_t* source, ptrdiff_t rowBytes,
+                              int16_t* blocks) {
+    for (int32_t y = 0; y < 16; y += rowCount)
+        conversion.Convert(source + y * rowBytes, rowBytes, blocks + y / 8 * halfSamples + 8 * (y % 8));
 }
 
 } // namespace HWY_NAMESPACE

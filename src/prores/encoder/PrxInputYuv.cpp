@@ -2,6 +2,7 @@
 
 #include "prores/PrxFormats.h"
 #include "prores/PrxRoundToNearest.h"
+#include "prores/encoder/PrxInputBlocks.h"
 #include "prores/encoder/PrxInputEdges.h"
 
 #include <algorithm>
@@ -79,26 +80,21 @@ private:
 // Macroblocks
 
 template <class Pixels, int32_t ChromaFormat>
-void ConvertRow(const uint8_t* row, int32_t y, int16_t* blocks) {
+void ConvertRow(const uint8_t* row, int32_t y, const PrxInputBlocks& blocks) {
     constexpr bool is444 = ChromaFormat == prxChroma444;
-    const int32_t lower = y / 8; // 1 in the lower half of the macroblock
-    const auto sample = [&](int32_t block, int32_t x) -> int16_t& {
-        return blocks[64 * block + 8 * (y % 8) + x % 8];
-    };
     for (int32_t x = 0; x < 16; ++x)
-        sample(2 * lower + x / 8, x) = Pixels::Luma(row, x);
+        blocks.Luma(x, y) = Pixels::Luma(row, x);
     for (int32_t x = 0; x < (is444 ? 16 : 8); ++x) {
-        const int32_t cb = 4 + 2 * lower + 4 * (x / 8);
         const int32_t pixel = is444 ? x : 2 * x;
-        sample(cb, x) = Pixels::Cb(row, pixel);
-        sample(cb + 1, x) = Pixels::Cr(row, pixel);
+        blocks.Cb(x, y) = Pixels::Cb(row, pixel);
+        blocks.Cr(x, y) = Pixels::Cr(row, pixel);
     }
 }
 
 template <class Pixels, int32_t ChromaFormat>
 void ConvertPixels(const uint8_t* source, ptrdiff_t rowBytes, int16_t* blocks, int32_t) {
     for (int32_t y = 0; y < 16; ++y)
-        ConvertRow<Pixels, ChromaFormat>(source + y * rowBytes, y, blocks);
+        ConvertRow<Pixels, ChromaFormat>(source + y * rowBytes, y, PrxInputBlocks(blocks));
 }
 
 template <int32_t ChromaFormat>

@@ -98,11 +98,11 @@ struct BytePackedPixels {
 
 template <class Pixels>
 HWY_INLINE void Store422(const PackedWords& left, const PackedWords& right, int16_t* rowsOfHalf) {
-    using ToSamples = typename Pixels::ToSamples;
-    Store<ToSamples>(left.luma, leftLuma, rowsOfHalf);
-    Store<ToSamples>(right.luma, rightLuma, rowsOfHalf);
-    Store<ToSamples>(LowerHalves(left.chroma, right.chroma), leftCb, rowsOfHalf);
-    Store<ToSamples>(UpperHalves(left.chroma, right.chroma), leftCr, rowsOfHalf);
+    const typename Pixels::ToSamples toSamples;
+    Store(toSamples(left.luma), leftLuma, rowsOfHalf);
+    Store(toSamples(right.luma), rightLuma, rowsOfHalf);
+    Store(toSamples(LowerHalves(left.chroma, right.chroma)), leftCb, rowsOfHalf);
+    Store(toSamples(UpperHalves(left.chroma, right.chroma)), leftCr, rowsOfHalf);
 }
 
 template <class Pixels>
@@ -167,7 +167,7 @@ private:
     }
 
     /// The samples of a pixel; alpha becomes something of no use. What is not a number counts as 0.
-    static HWY_INLINE hn::Vec<DInt> LoadOne(const uint8_t* source, ptrdiff_t rowBytes) {
+    static HWY_INLINE VInt LoadOne(const uint8_t* source, ptrdiff_t rowBytes) {
         using namespace prx_float_input;
         alignas(16) static constexpr std::array<int32_t, 4> offsets = {0, lumaOffset, chromaOffset,
                                                                        chromaOffset};
@@ -228,13 +228,13 @@ struct FullRows {
         const FullWords left = Pixels::LoadEight(source, rowBytes);
         const FullWords right = Pixels::LoadEight(source + 8 * Pixels::bytes, rowBytes);
         if constexpr (ChromaFormat == prxChroma444) {
-            using ToSamples = typename Pixels::ToSamples;
-            Store<ToSamples>(left.luma, leftLuma, rowsOfHalf);
-            Store<ToSamples>(right.luma, rightLuma, rowsOfHalf);
-            Store<ToSamples>(left.cb, leftCb, rowsOfHalf);
-            Store<ToSamples>(left.cr, leftCr, rowsOfHalf);
-            Store<ToSamples>(right.cb, rightCb, rowsOfHalf);
-            Store<ToSamples>(right.cr, rightCr, rowsOfHalf);
+            const typename Pixels::ToSamples toSamples;
+            Store(toSamples(left.luma), leftLuma, rowsOfHalf);
+            Store(toSamples(right.luma), rightLuma, rowsOfHalf);
+            Store(toSamples(left.cb), leftCb, rowsOfHalf);
+            Store(toSamples(left.cr), leftCr, rowsOfHalf);
+            Store(toSamples(right.cb), rightCb, rowsOfHalf);
+            Store(toSamples(right.cr), rightCr, rowsOfHalf);
         } else {
             Store422<Pixels>(ToPacked(left), ToPacked(right), rowsOfHalf);
         }
@@ -246,13 +246,13 @@ struct FullRows {
 
 template <class Rows>
 void Convert(const uint8_t* source, ptrdiff_t rowBytes, int16_t* blocks, int32_t) {
-    ForEachVector<Rows>(source, rowBytes, blocks);
+    ForEachVector(Rows(), source, rowBytes, blocks);
 }
 
 /// Floats depend on the mode of rounding.
 template <int32_t ChromaFormat>
 HWY_NOINLINE void ConvertFloats(const uint8_t* source, ptrdiff_t rowBytes, int16_t* blocks) {
-    ForEachVector<FullRows<R4flPixels, ChromaFormat>>(source, rowBytes, blocks);
+    ForEachVector(FullRows<R4flPixels, ChromaFormat>(), source, rowBytes, blocks);
 }
 template <int32_t ChromaFormat>
 void ConvertFloatsNearest(const uint8_t* source, ptrdiff_t rowBytes, int16_t* blocks, int32_t) {

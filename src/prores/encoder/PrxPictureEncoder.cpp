@@ -31,6 +31,8 @@ void PrxPictureEncoder::Prepare(const PrxPictureSource& source, const PrxRateTar
                 .blocksPerMb = target.chromaFormat == prxChroma444 ? 12U : 8U,
                 .sliceHeaderSize = alphaCoder.alphaType != 0 ? 8 : 6,
                 .alphaCoder = alphaCoder,
+                .preparer = PrxChooseRowPreparer(source.pixelFormat, target.chromaFormat, source.width,
+                                                 source.FrameRowBytes()),
                 .convert = PrxGetConverter(source.pixelFormat, target.chromaFormat),
                 .transform = PrxSelectForwardTransform(),
                 .quantise = PrxSelectQuantiser(),

@@ -34,8 +34,7 @@ struct PrxPlaneCoder {
     PrxPlaneStatistics (*count)(const PrxPlaneLevels& plane);
 
     /// Codes a plane into `writer`, which the caller then flushes. Where the writer's budget ends, the rest
-    /// of the plane is left out, and the statistics are those of the codes that fitted; only a coefficient of
-    /// more than 32 bits can be cut between its run and its level, and then its level is not counted.
+    /// of the plane is left out, from a whole coefficient on, and the statistics are those of what fitted.
     PrxPlaneStatistics (*write)(const PrxPlaneLevels& plane, PrxBitWriter& writer);
 };
 

@@ -7,9 +7,6 @@
 
 namespace {
 
-/// Longest code of a coefficient that is written at once; of a longer one the run goes first.
-constexpr uint32_t longestJoined = 32;
-
 /// A signed number as a code has it.
 constexpr uint32_t Fold(int32_t value) {
     return value >= 0 ? static_cast<uint32_t>(2 * value) : static_cast<uint32_t>(-2 * value - 1);
@@ -32,15 +29,10 @@ bool CodeLevel(const PrxLevelList& list, ptrdiff_t i, Writer& writer, PrxPlaneSt
     const PrxCodeBook levelBook = PrxGetCodeBook(PrxLevelBook(list.Magnitude(i - 1)));
     const PrxCodeWord sign = {list.Level(i) & uint64_t{1}, 1};
     const PrxCodeWord level = PrxCodeWordOf(levelBook, list.Magnitude(i) - 1).Then(sign);
-    const auto runBits = static_cast<int32_t>(run.length);
-    if (run.length + level.length <= longestJoined) {
-        if (!Write(writer, run.Then(level))) return false;
-        statistics->runBits += runBits;
-        return true;
-    }
-    if (!Write(writer, run)) return false;
-    statistics->runBits += runBits;
-    return Write(writer, level);
+    // In one, so that a cut never leaves a run without its level: what stands behind would be read as one.
+    if (!Write(writer, run.Then(level))) return false;
+    statistics->runBits += static_cast<int32_t>(run.length);
+    return true;
 }
 
 } // namespace

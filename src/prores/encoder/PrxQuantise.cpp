@@ -1,6 +1,7 @@
 #include "prores/encoder/PrxQuantise.h"
 
 #include "prores/PrxFixedPoint.h"
+#include "prores/encoder/PrxQuantiseBlocks.h"
 #include "prores/encoder/PrxQuantiseVector.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@ void BuildTable(const PrxQuantMatrix& weights, int32_t scale, int16_t* reciproca
 
 int16_t Wrap16(int32_t value) { return static_cast<int16_t>(value); }
 
+/// Four times a coefficient beyond 8192 wraps around. Kept.
 uint16_t Quantise(int16_t coefficient, int16_t reciprocal) {
     const int16_t fourfold = Wrap16(4 * std::min(coefficient, Wrap16(-coefficient)));
     const int16_t product = PrxMulHigh(fourfold, PrxSaturatedAdd(reciprocal, reciprocal));
@@ -46,13 +48,7 @@ void PrxBuildQuantTables(PrxQuantTables* tables, int32_t scale, int32_t matrixIn
 
 void PrxQuantiseSlice(const PrxQuantTables& tables, const int16_t* coefficients, int32_t mbCount,
                       int32_t blocksPerMb, uint16_t* levels) {
-    const int32_t chromaBlocks = blocksPerMb - 4;
-    uint16_t* chromaLevels = levels + 64 * 4 * mbCount;
-    for (int32_t mb = 0; mb < mbCount; ++mb, coefficients += 64 * blocksPerMb) {
-        QuantiseBlocks(tables.luma, coefficients, 4, levels + 64 * 4 * mb);
-        QuantiseBlocks(tables.chroma, coefficients + 64 * 4, chromaBlocks,
-                       chromaLevels + 64 * chromaBlocks * mb);
-    }
+    PrxQuantiseMacroblocks<QuantiseBlocks>(tables, coefficients, mbCount, blocksPerMb, levels);
 }
 
 PrxQuantiser PrxSelectQuantiser() {

@@ -1,5 +1,7 @@
 #include "prores/encoder/PrxQuantiseVector.h"
 
+#include "prores/encoder/PrxQuantiseBlocks.h"
+
 #include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
@@ -35,8 +37,8 @@ HWY_INLINE hn::Vec<hn::RebindToUnsigned<D>> Quantise(D d, V coefficients, V doub
     return hn::Or(twice, hn::Min(twice, sign));
 }
 
-HWY_INLINE void QuantiseBlocks(const int16_t* reciprocals, const int16_t* coefficients, int32_t blockCount,
-                               uint16_t* to) {
+void QuantiseBlocks(const int16_t* reciprocals, const int16_t* coefficients, int32_t blockCount,
+                    uint16_t* to) {
     const hn::CappedTag<int16_t, 32> d;
     const hn::RebindToUnsigned<decltype(d)> levels;
     for (size_t i = 0; i < 64; i += hn::Lanes(d)) {
@@ -47,18 +49,7 @@ HWY_INLINE void QuantiseBlocks(const int16_t* reciprocals, const int16_t* coeffi
     }
 }
 
-void QuantiseSlice(const PrxQuantTables& tables, const int16_t* coefficients, int32_t mbCount,
-                   int32_t blocksPerMb, uint16_t* levels) {
-    const int32_t chromaBlocks = blocksPerMb - 4;
-    uint16_t* chromaLevels = levels + 64 * 4 * mbCount;
-    for (int32_t mb = 0; mb < mbCount; ++mb, coefficients += 64 * blocksPerMb) {
-        QuantiseBlocks(tables.luma, coefficients, 4, levels + 64 * 4 * mb);
-        QuantiseBlocks(tables.chroma, coefficients + 64 * 4, chromaBlocks,
-                       chromaLevels + 64 * chromaBlocks * mb);
-    }
-}
-
-PrxQuantiser PickQuantiser() { return QuantiseSlice; }
+PrxQuantiser PickQuantiser() { return PrxQuantiseMacroblocks<QuantiseBlocks>; }
 
 #endif
 

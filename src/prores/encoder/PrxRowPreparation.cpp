@@ -1,23 +1,30 @@
 #include "prores/encoder/PrxRowPreparation.h"
 
 #include "prores/PrxFormats.h"
-#include "prores/encoder/PrxChromaLowPass.h"
-#include "prores/encoder/PrxInputRgb.h"
-#include "prores/encoder/PrxV210Unpack.h"
 
 #include <cassert>
 
 namespace {
 
-void ConvertRgbRows(const PrxStrip& strip, PrxConvertRgbRow convert, int32_t colorMatrix,
-                    const PrxRowBuffer& buffer) {
+/// Calls `prepare(row, index)` for each row of `strip`.
+template <class Prepare>
+void ForEachRow(const PrxStrip& strip, const Prepare& prepare) {
     for (int32_t row = 0; row < strip.rowCount; ++row)
-        convert(strip.rows + row * strip.rowBytes, strip.width, colorMatrix, buffer.Row(row));
+        prepare(strip.rows + row * strip.rowBytes, row);
 }
 
-void LowPassRows(const PrxStrip& strip, PrxChromaLowPass lowPass) {
-    for (int32_t row = 0; row < strip.rowCount; ++row)
-        lowPass(strip.rows + row * strip.rowBytes, strip.width, 0);
+void FillBuffer(const PrxRowPreparer& preparer, const PrxStrip& strip, int32_t colorMatrix,
+                const PrxRowBuffer& buffer) {
+    if (preparer.unpack != nullptr) {
+        const int32_t groups = PrxCountV210Groups(strip.width);
+        ForEachRow(strip, [&](const uint8_t* pixels, int32_t row) {
+            preparer.unpack(pixels, buffer.Row(row), groups);
+        });
+    } else {
+        ForEachRow(strip, [&](const uint8_t* pixels, int32_t row) {
+            preparer.convertRgb(pixels, strip.width, colorMatrix, buffer.Row(row));
+        });
+    }
 }
 
 } // namespace
@@ -27,21 +34,23 @@ bool PrxUsesRowBuffer(uint32_t pixelFormat, int32_t chromaFormat) {
     return chromaFormat == prxChroma422 && PrxGetRgbRowConverter(pixelFormat) != nullptr;
 }
 
-PrxStrip PrxPrepareRows(const PrxStrip& strip, int32_t chromaFormat, int32_t colorMatrix,
+PrxRowPreparer PrxChooseRowPreparer(uint32_t pixelFormat, int32_t chromaFormat, int32_t width,
+                                    ptrdiff_t rowBytes) {
+    if (pixelFormat == prxFormatV210) return {PrxSelectV210UnpackerFor(width, rowBytes), nullptr, nullptr};
+    if (chromaFormat != prxChroma422) return {};
+    return {nullptr, PrxGetRgbRowConverter(pixelFormat), PrxGetChromaLowPass(pixelFormat)};
+}
+
+PrxStrip PrxPrepareRows(const PrxRowPreparer& preparer, const PrxStrip& strip, int32_t colorMatrix,
                         PrxRowBuffer& buffer) {
-    if (PrxUsesRowBuffer(strip.pixelFormat, chromaFormat)) {
+    if (preparer.UsesBuffer()) {
         assert(buffer.RowBytes() >= 4 * static_cast<ptrdiff_t>(strip.width) + 64);
-        if (strip.pixelFormat == prxFormatV210) {
-            PrxUnpackV210Rows(strip, buffer);
-        } else {
-            ConvertRgbRows(strip, PrxGetRgbRowConverter(strip.pixelFormat), colorMatrix, buffer);
-        }
+        FillBuffer(preparer, strip, colorMatrix, buffer);
         return {buffer.Row(0), buffer.RowBytes(), prxFormatV216, strip.width, strip.rowCount};
     }
-    if (chromaFormat == prxChroma422) {
+    if (preparer.lowPass != nullptr) {
         // The caller's pixels change by being encoded. Kept.
-        if (const PrxChromaLowPass lowPass = PrxGetChromaLowPass(strip.pixelFormat))
-            LowPassRows(strip, lowPass);
+        ForEachRow(strip, [&](uint8_t* pixels, int32_t) { preparer.lowPass(pixels, strip.width, 0); });
     }
     return strip;
 }

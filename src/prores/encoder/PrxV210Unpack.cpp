@@ -12,16 +12,17 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "words are moved as they stand in memory");
 
-constexpr int32_t groupPixels = 6;
+constexpr size_t groupPixels = 6;
 constexpr ptrdiff_t groupBytes = 16;
 
-/// Two black pixels of `v216`.
-constexpr std::array<uint16_t, 4> blackPair = {0x8000, 0x1000, 0x8000, 0x1000};
+/// Six black pixels of `v216`.
+constexpr std::array<uint16_t, 12> blackGroup = {0x8000, 0x1000, 0x8000, 0x1000, 0x8000, 0x1000,
+                                                 0x8000, 0x1000, 0x8000, 0x1000, 0x8000, 0x1000};
 
-void FillBlack(uint8_t* pixels, int32_t width) {
-    for (int32_t pair = 0; pair < (width + 1) / 2; ++pair)
-        std::memcpy(pixels + pair * static_cast<ptrdiff_t>(sizeof(blackPair)), blackPair.data(),
-                    sizeof(blackPair));
+void WriteBlackGroups(const uint8_t*, uint8_t* pixels, int32_t count) {
+    for (int32_t group = 0; group < count; ++group)
+        std::memcpy(pixels + group * static_cast<ptrdiff_t>(sizeof(blackGroup)), blackGroup.data(),
+                    sizeof(blackGroup));
 }
 
 } // namespace
@@ -37,20 +38,13 @@ void PrxUnpackV210Groups(const uint8_t* groups, uint8_t* pixels, int32_t count) 
     }
 }
 
-void PrxUnpackV210Rows(const PrxStrip& strip, const PrxRowBuffer& buffer) {
-    const int32_t groups = (strip.width + groupPixels - 1) / groupPixels;
-    const bool readable = std::abs(strip.rowBytes) >= groups * groupBytes;
-    const PrxV210Unpacker unpack = PrxSelectV210Unpacker();
-    for (int32_t row = 0; row < strip.rowCount; ++row) {
-        if (readable) {
-            unpack(strip.rows + row * strip.rowBytes, buffer.Row(row), groups);
-        } else {
-            FillBlack(buffer.Row(row), strip.width);
-        }
-    }
-}
-
 PrxV210Unpacker PrxSelectV210Unpacker() {
     const PrxV210Unpacker vector = PrxSelectVectorV210Unpacker();
     return vector != nullptr ? vector : PrxUnpackV210Groups;
+}
+
+PrxV210Unpacker PrxSelectV210UnpackerFor(int32_t width, ptrdiff_t rowBytes) {
+    // Rows without room for whole groups come out black. Kept.
+    const bool readable = std::abs(rowBytes) >= PrxCountV210Groups(width) * groupBytes;
+    return readable ? PrxSelectV210Unpacker() : WriteBlackGroups;
 }

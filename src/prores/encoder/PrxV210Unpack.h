@@ -1,8 +1,6 @@
 #pragma once
 
-#include "prores/encoder/PrxRowBuffer.h"
-#include "prores/encoder/PrxStrip.h"
-
+#include <cstddef>
 #include <cstdint>
 
 /// `v210` to `v216`: a group of four little-endian words of 32 bits, with three codes of 10 bits each, the
@@ -15,7 +13,9 @@ using PrxV210Unpacker = void (*)(const uint8_t* groups, uint8_t* pixels, int32_t
 PrxV210Unpacker PrxSelectV210Unpacker();
 void PrxUnpackV210Groups(const uint8_t* groups, uint8_t* pixels, int32_t count);
 
-/// Unpacks the rows of `strip` into those of `buffer`, which has room for them: whole groups, and so up to
-/// five pixels behind the width. Rows that lie closer together, upwards or downwards, than whole groups of
-/// the width take are not read, and come out black.
-void PrxUnpackV210Rows(const PrxStrip& strip, const PrxRowBuffer& buffer);
+/// What serves for rows of `width` pixels that lie `rowBytes` apart, upwards or downwards, in the frame that
+/// they belong to. Where that is less than whole groups take, it reads nothing and writes black.
+PrxV210Unpacker PrxSelectV210UnpackerFor(int32_t width, ptrdiff_t rowBytes);
+
+/// Groups that a row of `width` pixels, 1 or more, takes.
+constexpr int32_t PrxCountV210Groups(int32_t width) { return (width + 5) / 6; }

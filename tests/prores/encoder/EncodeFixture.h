@@ -19,6 +19,11 @@ inline EncoderPtr MakeEncoder(uint32_t workerCount = 1) {
     return EncoderPtr(PrxCreateEncoder(workerCount, nullptr));
 }
 
+struct DecoderDeleter {
+    void operator()(PrxDecoderRef decoder) const { PrxDeleteDecoder(decoder); }
+};
+using DecoderPtr = std::unique_ptr<PrxDecoderHandle, DecoderDeleter>;
+
 inline constexpr uint32_t allCodecs[] = {prxCodecApch, prxCodecApcn, prxCodecApcs,
                                          prxCodecApco, prxCodecAp4h, prxCodecAp4x};
 

@@ -79,20 +79,6 @@ bool CodeDc(const Plane& plane, BudgetedBits& bits, PrxPlaneStatistics* statisti
     return true;
 }
 
-/// Codes a run and a level in one, or, if that takes more than 32 bits, one after the other.
-bool CodeCoefficient(const stream::BitWriter& run, const stream::BitWriter& both,
-                     const stream::BitWriter& level, BudgetedBits& bits, PrxPlaneStatistics* statistics) {
-    const auto runBits = static_cast<int32_t>(run.Count());
-    if (both.Count() <= 32) {
-        if (!bits.Put(both)) return false;
-        statistics->runBits += runBits;
-        return true;
-    }
-    if (!bits.Put(run)) return false;
-    statistics->runBits += runBits;
-    return bits.Put(level);
-}
-
 void CodeAc(const Plane& plane, BudgetedBits& bits, PrxPlaneStatistics* statistics) {
     int previousRun = 4;
     int previousLevel = 2;
@@ -105,15 +91,13 @@ void CodeAc(const Plane& plane, BudgetedBits& bits, PrxPlaneStatistics* statisti
         }
         const int magnitude = std::abs(values[i]);
         stream::BitWriter runCode;
-        stream::BitWriter levelCode;
         stream::BitWriter both;
         stream::PutCode(runCode, stream::RunBook(previousRun), static_cast<uint32_t>(run));
         stream::PutCode(both, stream::RunBook(previousRun), static_cast<uint32_t>(run));
-        for (stream::BitWriter* code : {&levelCode, &both}) {
-            stream::PutCode(*code, stream::LevelBook(previousLevel), static_cast<uint32_t>(magnitude - 1));
-            code->Put(values[i] < 0, 1);
-        }
-        if (!CodeCoefficient(runCode, both, levelCode, bits, statistics)) return;
+        stream::PutCode(both, stream::LevelBook(previousLevel), static_cast<uint32_t>(magnitude - 1));
+        both.Put(values[i] < 0, 1);
+        if (!bits.Put(both)) return;
+        statistics->runBits += static_cast<int32_t>(runCode.Count());
         for (size_t k = 0; k < 8; ++k)
             statistics->levelHistogram[k] += magnitude > (std::lround(std::pow(3, k)) - 1) / 2;
         previousRun = run;

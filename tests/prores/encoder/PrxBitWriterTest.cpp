@@ -185,5 +185,8 @@ TEST(PrxBitWriter, AClosedWriterAndOneWithoutALimitHaveNoRoomToAppend) {
     EXPECT_GT(output.writer.RoomToAppend(), 0u);
     output.writer.Flush();
     EXPECT_EQ(output.writer.RoomToAppend(), 0u);
-    EXPECT_EQ(PrxBitWriter(output.bytes.data(), -1).RoomToAppend(), 0u);
+    PrxBitWriter unlimited(output.bytes.data(), -1);
+    EXPECT_EQ(unlimited.RoomToAppend(), 0u);
+    ASSERT_TRUE(unlimited.WriteBits(0x123, 12));
+    EXPECT_EQ(unlimited.RoomToAppend(), 0u);
 }

@@ -20,16 +20,27 @@ Pixels RandomPixels(const Format& format, std::mt19937& random) {
     return pixels;
 }
 
+void ExpectBlocks(const Format& format, const PackedPixels& packed, int32_t chromaFormat,
+                  const std::vector<int16_t>& expected) {
+    for (const auto convert : {PrxGetConverter(format.pixelFormat, chromaFormat),
+                               PrxGetScalarConverter(format.pixelFormat, chromaFormat)})
+        ASSERT_EQ(Convert(convert, packed, chromaFormat), expected)
+            << format.name << " to " << chromaFormat << ", " << packed.GetShape().columns << " by "
+            << packed.GetShape().rows;
+}
+
+/// `packed` gives the blocks of the part of `pixels` that it has, extended by the model.
 void ExpectExtended(const Format& format, const Pixels& pixels, const PackedPixels& packed) {
     const auto& shape = packed.GetShape();
-    for (const int32_t chromaFormat : StreamsOf(format)) {
-        const auto expected = BlocksOf(format, pixels, chromaFormat, shape.rows, shape.columns);
-        ASSERT_EQ(Convert(PrxGetConverter(format.pixelFormat, chromaFormat), packed, chromaFormat), expected)
-            << format.name << ", " << shape.columns << " by " << shape.rows;
-        ASSERT_EQ(Convert(PrxGetScalarConverter(format.pixelFormat, chromaFormat), packed, chromaFormat),
-                  expected)
-            << format.name << ", " << shape.columns << " by " << shape.rows;
-    }
+    for (const int32_t chromaFormat : StreamsOf(format))
+        ExpectBlocks(format, packed, chromaFormat,
+                     BlocksOf(format, pixels, chromaFormat, shape.rows, shape.columns));
+}
+
+/// `packed` gives the blocks of all of `pixels`.
+void ExpectBlocksOf(const Format& format, const Pixels& pixels, const PackedPixels& packed) {
+    for (const int32_t chromaFormat : StreamsOf(format))
+        ExpectBlocks(format, packed, chromaFormat, BlocksOf(format, pixels, chromaFormat, 16, 16));
 }
 
 } // namespace
@@ -51,9 +62,10 @@ TEST(PrxInputEdges, RowsThatGoUpwardsAreExtendedDownTheirOwnWay) {
     for (const Format& format : input_model::Formats()) {
         const Pixels pixels = RandomPixels(format, random);
         for (int32_t rows = 1; rows <= 16; ++rows)
-            for (const auto guard : {GuardedBytes::Guard::Behind, GuardedBytes::Guard::Before})
-                ExpectExtended(format, pixels,
-                               PackedPixels(format, pixels, {rows, 17 - rows, 5, true}, guard));
+            for (const int32_t columns : {17 - rows, 16})
+                for (const auto guard : {GuardedBytes::Guard::Behind, GuardedBytes::Guard::Before})
+                    ExpectExtended(format, pixels,
+                                   PackedPixels(format, pixels, {rows, columns, 5, true}, guard));
     }
 }
 
@@ -61,12 +73,11 @@ TEST(PrxInputEdges, AWidthOfOnePixelGives16CopiesOnEachRow) {
     std::mt19937 random = MakeRandom();
     for (const Format& format : input_model::Formats()) {
         const Pixels pixels = RandomPixels(format, random);
-        const PackedPixels packed(format, pixels, {16, 1, 0, false});
-        const auto blocks = Convert(PrxGetConverter(format.pixelFormat, prxChroma422), packed, prxChroma422);
-        for (size_t row = 0; row < blocks.size(); row += 8)
-            ASSERT_TRUE(std::all_of(&blocks[row], &blocks[row] + 8,
-                                    [&](int16_t sample) { return sample == blocks[row]; }))
-                << format.name << ", row " << row / 8;
+        Pixels copies = pixels;
+        for (auto& channel : copies.values)
+            for (auto& row : channel)
+                row.fill(row[0]);
+        ExpectBlocksOf(format, copies, PackedPixels(format, pixels, {16, 1, 0, false}));
     }
 }
 
@@ -74,13 +85,10 @@ TEST(PrxInputEdges, AStripOfOneRowRepeatsIt16Times) {
     std::mt19937 random = MakeRandom();
     for (const Format& format : input_model::Formats()) {
         const Pixels pixels = RandomPixels(format, random);
-        const PackedPixels packed(format, pixels, {1, 16, 0, false});
-        const auto blocks = Convert(PrxGetConverter(format.pixelFormat, prxChroma422), packed, prxChroma422);
-        for (const size_t block : {0, 1, 4, 5})
-            for (size_t row = 0; row < 16; ++row)
-                ASSERT_TRUE(std::equal(&blocks[64 * block], &blocks[64 * block] + 8,
-                                       &blocks[64 * (block + row / 8 * 2) + row % 8 * 8]))
-                    << format.name << ", block " << block << ", row " << row;
+        Pixels copies = pixels;
+        for (auto& channel : copies.values)
+            channel.fill(channel[0]);
+        ExpectBlocksOf(format, copies, PackedPixels(format, pixels, {1, 16, 0, false}));
     }
 }
 

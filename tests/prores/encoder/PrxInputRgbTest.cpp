@@ -147,8 +147,9 @@ TEST(PrxInputRgb, AWidthOfOnePixelIsSixteenCopiesOfItOnEachRow) {
     for (size_t i = 0; i < repeated.size(); ++i)
         repeated[i] = pixels[i / 16 * 16];
     ForAllCases([&](uint32_t format, int32_t max, int32_t colorMatrix) {
-        EXPECT_EQ(ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, colorMatrix, 16, 1),
-                  BlocksModel(repeated, colorMatrix, max));
+        EXPECT_EQ(
+            ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, colorMatrix, {.columns = 1}),
+            BlocksModel(repeated, colorMatrix, max));
     });
 }
 
@@ -158,7 +159,7 @@ TEST(PrxInputRgb, OneRowIsRepeatedSixteenTimes) {
     for (size_t i = 0; i < repeated.size(); ++i)
         repeated[i] = pixels[i % 16];
     ForAllCases([&](uint32_t format, int32_t max, int32_t colorMatrix) {
-        EXPECT_EQ(ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, colorMatrix, 1, 16),
+        EXPECT_EQ(ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, colorMatrix, {.rows = 1}),
                   BlocksModel(repeated, colorMatrix, max));
     });
 }

@@ -25,10 +25,11 @@ void OnEveryInstructionSet(const Check& check) {
 void CompareMacroblocks(uint32_t format, const std::vector<Codes>& pixels, int32_t colorMatrix) {
     for (const auto guard : {GuardedBytes::Guard::Behind, GuardedBytes::Guard::Before})
         for (const size_t gap : {0, 64, 3})
-            ASSERT_EQ(ConvertBlocks(PrxGetVectorRgbConverter(format), format, pixels, colorMatrix, 16, 16,
-                                    gap, guard),
-                      ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, colorMatrix))
-                << RgbCaseName(format, colorMatrix, false) << ", gap " << gap;
+            for (const bool upwards : {false, true})
+                ASSERT_EQ(ConvertBlocks(PrxGetVectorRgbConverter(format), format, pixels, colorMatrix,
+                                        {16, 16, gap, upwards, guard}),
+                          ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, colorMatrix))
+                    << RgbCaseName(format, colorMatrix, false) << ", gap " << gap;
 }
 
 void CompareRows(uint32_t format, const std::vector<Codes>& pixels, int32_t colorMatrix) {
@@ -58,8 +59,8 @@ TEST(PrxInputRgbVector, MacroblocksOfAnyShapeAreThoseOfTheReferenceForm) {
             const auto pixels = RandomPixels(256, OutMaxModel(format), false, random);
             for (int32_t size = 1; size <= 16; ++size)
                 ASSERT_EQ(
-                    ConvertBlocks(PrxGetVectorRgbConverter(format), format, pixels, 9, size, 17 - size),
-                    ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, 9, size, 17 - size));
+                    ConvertBlocks(PrxGetVectorRgbConverter(format), format, pixels, 9, {size, 17 - size}),
+                    ConvertBlocks(PrxGetScalarRgbConverter(format), format, pixels, 9, {size, 17 - size}));
         }
     });
 }

@@ -1,11 +1,11 @@
 #include "prores/encoder/PrxInputYuv.h"
 
+#include "prores/RoundingModes.h"
 #include "prores/encoder/InputConversion.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
-#include <cfenv>
 #include <cmath>
 #include <limits>
 
@@ -44,9 +44,11 @@ TEST(PrxInputYuv, EachFormatGivesTheSamplesOfItsLayout) {
                 pixels.Fill(fill);
                 const auto convert = PrxGetScalarYuvConverter(format.pixelFormat, chromaFormat);
                 ASSERT_NE(convert, nullptr);
-                ASSERT_EQ(Convert(convert, PackedPixels(format, pixels, {}), chromaFormat),
-                          BlocksOf(format, pixels, chromaFormat, 16, 16))
-                    << format.name << " to " << chromaFormat;
+                for (const bool upwards : {false, true})
+                    ASSERT_EQ(
+                        Convert(convert, PackedPixels(format, pixels, {16, 16, 0, upwards}), chromaFormat),
+                        BlocksOf(format, pixels, chromaFormat, 16, 16))
+                        << format.name << " to " << chromaFormat;
             }
         }
     }
@@ -127,13 +129,6 @@ TEST(PrxInputYuv, FloatsDoNotDependOnTheRoundingModeOfTheThread) {
     pixels.Fill(input_model::Fills(format, random)[1]);
     const PackedPixels packed(format, pixels, {});
     const auto convert = PrxGetScalarYuvConverter(prxFormatR4fl, prxChroma444);
-    const auto expected = Convert(convert, packed, prxChroma444);
-    for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
-        std::fesetround(mode);
-        const auto blocks = Convert(convert, packed, prxChroma444);
-        const int after = std::fegetround();
-        std::fesetround(FE_TONEAREST);
-        EXPECT_EQ(blocks, expected);
-        EXPECT_EQ(after, mode);
-    }
+    ExpectInAnyRoundingMode([&] { return Convert(convert, packed, prxChroma444); },
+                            BlocksOf(format, pixels, prxChroma444, 16, 16));
 }

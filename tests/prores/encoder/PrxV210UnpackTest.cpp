@@ -1,6 +1,5 @@
 #include "prores/encoder/PrxV210Unpack.h"
 
-#include "prores/PrxFormats.h"
 #include "prores/encoder/PrxV210UnpackVector.h"
 #include "support/GuardedBytes.h"
 #include "support/TestSupport.h"
@@ -9,48 +8,28 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <vector>
 
 namespace {
 
-/// Random rows of `v210` in memory of exactly their size.
-struct Rows {
-    Rows(int32_t pixels, int32_t count, bool up, std::mt19937& random,
-         GuardedBytes::Guard guard = GuardedBytes::Guard::Behind)
-        : width(pixels), rowCount(count), upwards(up), stride((pixels + 5) / 6 * 16),
-          memory(static_cast<size_t>(count * stride), guard) {
-        std::ranges::generate(memory, [&] { return static_cast<uint8_t>(random()); });
-    }
+std::vector<uint8_t> RandomGroups(size_t count, std::mt19937& random) {
+    std::vector<uint8_t> groups(16 * count);
+    std::ranges::generate(groups, [&] { return static_cast<uint8_t>(random()); });
+    return groups;
+}
 
-    const uint8_t* Row(int32_t row) const {
-        return memory.data() + (upwards ? rowCount - 1 - row : row) * stride;
+/// Component `index` of a row, of ten bits: one bit after the other.
+int32_t CodeAt(const std::vector<uint8_t>& groups, size_t index) {
+    int32_t code = 0;
+    for (size_t bit = 0; bit < 10; ++bit) {
+        const size_t place = index / 3 * 32 + index % 3 * 10 + bit;
+        code |= (groups[place / 8] >> (place % 8) & 1) << bit;
     }
-    PrxStrip Strip() const {
-        return {const_cast<uint8_t*>(Row(0)), upwards ? -stride : stride, prxFormatV210, width, rowCount};
-    }
-    /// Component `index` of a row, of ten bits: one bit after the other.
-    int32_t Code(int32_t row, int32_t index) const {
-        int32_t code = 0;
-        for (int32_t bit = 0; bit < 10; ++bit) {
-            const int32_t place = index / 3 * 32 + index % 3 * 10 + bit;
-            code |= (Row(row)[place / 8] >> (place % 8) & 1) << bit;
-        }
-        return code;
-    }
+    return code;
+}
 
-    int32_t width;
-    int32_t rowCount;
-    bool upwards;
-    ptrdiff_t stride;
-    GuardedBytes memory;
-};
-
-uint16_t Word(const PrxRowBuffer& buffer, int32_t row, int32_t index) {
-    uint16_t word;
-    std::memcpy(&word, buffer.Row(row) + 2 * index, sizeof(word));
-    return word;
+uint16_t WordAt(const std::vector<uint8_t>& pixels, size_t index) {
+    return static_cast<uint16_t>(pixels[2 * index] | pixels[2 * index + 1] << 8);
 }
 
 std::vector<uint8_t> Unpacked(PrxV210Unpacker unpack, const std::vector<uint8_t>& groups) {
@@ -67,42 +46,29 @@ std::vector<uint8_t> Unpacked(PrxV210Unpacker unpack, const std::vector<uint8_t>
 TEST(PrxV210Unpack, CodesBecomeTheHighBitsOfWords) {
     std::mt19937 random = MakeRandom();
     for (int32_t width = 1; width <= 40; ++width) {
-        for (const bool upwards : {false, true}) {
-            const Rows rows(width, 3, upwards, random,
-                            upwards ? GuardedBytes::Guard::Before : GuardedBytes::Guard::Behind);
-            PrxRowBuffer buffer;
-            ASSERT_TRUE(buffer.EnsureWidth(width));
-            PrxUnpackV210Rows(rows.Strip(), buffer);
-            for (int32_t row = 0; row < 3; ++row)
-                for (int32_t i = 0; i < (width + 1) / 2 * 4; ++i)
-                    ASSERT_EQ(Word(buffer, row, i), rows.Code(row, i) << 6) << "width " << width;
-        }
+        const std::vector<uint8_t> groups =
+            RandomGroups(static_cast<size_t>(PrxCountV210Groups(width)), random);
+        const std::vector<uint8_t> pixels = Unpacked(PrxUnpackV210Groups, groups);
+        for (size_t i = 0; i < pixels.size() / 2; ++i)
+            ASSERT_EQ(WordAt(pixels, i), CodeAt(groups, i) << 6) << "width " << width;
     }
 }
 
-TEST(PrxV210Unpack, RowsTooShortForTheirWidthComeOutBlack) {
-    std::mt19937 random = MakeRandom();
-    for (const int32_t sign : {1, -1}) {
-        const Rows rows(13, 2, sign < 0, random);
-        PrxStrip strip = rows.Strip();
-        strip.rowBytes = sign * 47;
-        PrxRowBuffer buffer;
-        ASSERT_TRUE(buffer.EnsureWidth(13));
-        for (int32_t row = 0; row < 2; ++row)
-            std::memset(buffer.Row(row), 0x77, static_cast<size_t>(buffer.RowBytes()));
-        PrxUnpackV210Rows(strip, buffer);
-        for (int32_t row = 0; row < 2; ++row)
-            for (int32_t i = 0; i < 28; ++i)
-                EXPECT_EQ(Word(buffer, row, i), i % 2 == 0 ? 0x8000 : 0x1000);
-    }
+TEST(PrxV210Unpack, RowsOfWholeGroupsAreUnpackedUpwardsAndDownwards) {
+    for (const ptrdiff_t rowBytes : {48, -48, 49, -64})
+        EXPECT_EQ(PrxSelectV210UnpackerFor(13, rowBytes), PrxSelectV210Unpacker()) << rowBytes;
 }
 
-TEST(PrxV210Unpack, RowsTooShortForTheirWidthAreNotRead) {
-    const GuardedBytes oneGroup(16, GuardedBytes::Guard::Behind);
-    PrxRowBuffer buffer;
-    ASSERT_TRUE(buffer.EnsureWidth(7));
-    PrxUnpackV210Rows({oneGroup.data(), 16, prxFormatV210, 7, 16}, buffer);
-    EXPECT_EQ(Word(buffer, 15, 1), 0x1000);
+TEST(PrxV210Unpack, RowsTooShortForTheirWidthAreNotReadAndComeOutBlack) {
+    for (const ptrdiff_t rowBytes : {47, -47, 30, 1, 0}) {
+        const PrxV210Unpacker unpack = PrxSelectV210UnpackerFor(13, rowBytes);
+        const GuardedBytes nothing(0, GuardedBytes::Guard::Behind);
+        const GuardedBytes out(3 * 24, GuardedBytes::Guard::Behind);
+        unpack(nothing.data(), out.data(), 3);
+        const std::vector<uint8_t> pixels(out.begin(), out.end());
+        for (size_t i = 0; i < pixels.size() / 2; ++i)
+            EXPECT_EQ(WordAt(pixels, i), i % 2 == 0 ? 0x8000 : 0x1000);
+    }
 }
 
 TEST(PrxV210Unpack, VectorsGiveThePixelsOfTheReferenceFormOnEveryInstructionSet) {
@@ -112,8 +78,7 @@ TEST(PrxV210Unpack, VectorsGiveThePixelsOfTheReferenceFormOnEveryInstructionSet)
         const ForcedTarget forced(target);
         ASSERT_NE(PrxSelectVectorV210Unpacker(), nullptr);
         for (size_t count = 0; count <= 20; ++count) {
-            std::vector<uint8_t> groups(16 * count);
-            std::ranges::generate(groups, [&] { return static_cast<uint8_t>(random()); });
+            std::vector<uint8_t> groups = RandomGroups(count, random);
             ASSERT_EQ(Unpacked(PrxSelectVectorV210Unpacker(), groups), Unpacked(PrxUnpackV210Groups, groups));
             std::ranges::fill(groups, uint8_t{0xFF});
             ASSERT_EQ(Unpacked(PrxSelectVectorV210Unpacker(), groups), Unpacked(PrxUnpackV210Groups, groups));

@@ -128,22 +128,31 @@ inline std::vector<uint16_t> RowModel(const std::vector<Codes>& pixels, int32_t 
     return row;
 }
 
-/// Blocks by `convert` of the upper left `rows` by `columns` of the pixels of a macroblock, which stand
-/// `gap` bytes apart in memory with nothing around them on one side.
+/// The existing part of a macroblock in memory with nothing around it on one side.
+struct Placement {
+    int32_t rows = 16;
+    int32_t columns = 16;
+    size_t gap = 0;       ///< bytes between rows
+    bool upwards = false; ///< each row stands before the one above it
+    GuardedBytes::Guard guard = GuardedBytes::Guard::Behind;
+};
+
+/// Blocks by `convert` of the upper left of the pixels of a macroblock.
 inline std::vector<int16_t> ConvertBlocks(PrxConvertMacroblock convert, uint32_t format,
                                           const std::vector<Codes>& pixels, int32_t colorMatrix,
-                                          int32_t rows = 16, int32_t columns = 16, size_t gap = 0,
-                                          GuardedBytes::Guard guard = GuardedBytes::Guard::Behind) {
-    const size_t rowSize = static_cast<size_t>(columns) * PixelBytesModel(format);
-    const size_t stride = rowSize + gap;
-    const GuardedBytes source(stride * static_cast<size_t>(rows - 1) + rowSize, guard);
-    for (size_t y = 0; y < static_cast<size_t>(rows); ++y) {
-        const auto first = pixels.begin() + static_cast<ptrdiff_t>(16 * y);
-        std::ranges::copy(Pack(format, {first, first + columns}), source.data() + y * stride);
+                                          const Placement& placed = {}) {
+    const size_t rowSize = static_cast<size_t>(placed.columns) * PixelBytesModel(format);
+    const auto stride = static_cast<ptrdiff_t>(rowSize + placed.gap);
+    const GuardedBytes source(static_cast<size_t>(stride * (placed.rows - 1)) + rowSize, placed.guard);
+    const ptrdiff_t rowBytes = placed.upwards ? -stride : stride;
+    uint8_t* top = source.data() + (placed.upwards ? (placed.rows - 1) * stride : 0);
+    for (ptrdiff_t y = 0; y < placed.rows; ++y) {
+        const auto first = pixels.begin() + 16 * y;
+        std::ranges::copy(Pack(format, {first, first + placed.columns}), top + y * rowBytes);
     }
-    const GuardedBytes blocks(12 * 64 * sizeof(int16_t), guard);
+    const GuardedBytes blocks(12 * 64 * sizeof(int16_t), placed.guard);
     auto* first = reinterpret_cast<int16_t*>(blocks.data());
-    convert({source.data(), static_cast<ptrdiff_t>(stride), rows, columns, first}, colorMatrix);
+    convert({top, rowBytes, placed.rows, placed.columns, first}, colorMatrix);
     return {first, first + 12 * 64};
 }
 

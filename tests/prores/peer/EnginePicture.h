@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -70,8 +69,3 @@ private:
     std::vector<uint8_t> bytes_;
     int32_t result_ = 0;
 };
-
-struct DecoderDeleter {
-    void operator()(PrxDecoderRef decoder) const { PrxDeleteDecoder(decoder); }
-};
-using Decoder = std::unique_ptr<PrxDecoderHandle, DecoderDeleter>;

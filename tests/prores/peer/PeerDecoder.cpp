@@ -1,5 +1,7 @@
 #include "prores/peer/PeerDecoder.h"
 
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -17,6 +19,7 @@ struct Release {
     void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+    void operator()(AVCodecParameters* parameters) const { avcodec_parameters_free(&parameters); }
 };
 template <typename Object>
 using Owned = std::unique_ptr<Object, Release>;
@@ -64,7 +67,67 @@ PeerFrame CopyFrame(const AVFrame& frame) {
     return copy;
 }
 
+/// Collects what the peer says of errors, until the end of its life.
+class PeerWords {
+public:
+    PeerWords() {
+        words_.clear();
+        av_log_set_callback(Hear);
+    }
+    ~PeerWords() { av_log_set_callback(av_log_default_callback); }
+    PeerWords(const PeerWords&) = delete;
+    PeerWords& operator=(const PeerWords&) = delete;
+
+    const std::string& Errors() const { return words_; }
+
+private:
+    static void Hear(void* /*object*/, int level, const char* format, va_list values) {
+        if (level > AV_LOG_ERROR) return;
+        char line[256] = "";
+        vsnprintf(line, sizeof(line), format, values);
+        words_ += line;
+    }
+
+    static inline std::string words_;
+};
+
+uint32_t BigEndian16(std::span<const uint8_t> bytes, size_t at) {
+    return static_cast<uint32_t>(bytes[at] << 8 | bytes[at + 1]);
+}
+
+Owned<AVPacket> MakePacket(std::span<const uint8_t> frame) {
+    Owned<AVPacket> packet(av_packet_alloc());
+    Check(av_new_packet(packet.get(), static_cast<int>(frame.size())) == 0, "no memory");
+    std::memcpy(packet->data, frame.data(), frame.size());
+    return packet;
+}
+
+/// A track of frames like this one.
+Owned<AVCodecParameters> DescribeTrack(std::span<const uint8_t> frame, uint32_t fourCC) {
+    constexpr size_t widthAt = 16;
+    constexpr size_t heightAt = 18;
+    Owned<AVCodecParameters> parameters(avcodec_parameters_alloc());
+    parameters->codec_type = AVMEDIA_TYPE_VIDEO;
+    parameters->codec_id = AV_CODEC_ID_PRORES;
+    parameters->codec_tag = __builtin_bswap32(fourCC);
+    parameters->width = static_cast<int>(BigEndian16(frame, widthAt));
+    parameters->height = static_cast<int>(BigEndian16(frame, heightAt));
+    return parameters;
+}
+
 } // namespace
+
+PeerFrame DecodeFrameByPeer(std::span<const uint8_t> frame, uint32_t fourCC) {
+    const Owned<AVCodecParameters> track = DescribeTrack(frame, fourCC);
+    const Owned<AVCodecContext> decoder = OpenDecoder(*track);
+    const Owned<AVPacket> packet = MakePacket(frame);
+    const Owned<AVFrame> picture(av_frame_alloc());
+    const PeerWords words;
+    Check(avcodec_send_packet(decoder.get(), packet.get()) == 0, "packet refused: " + words.Errors());
+    Check(avcodec_receive_frame(decoder.get(), picture.get()) == 0, "no frame: " + words.Errors());
+    Check(words.Errors().empty(), words.Errors());
+    return CopyFrame(*picture);
+}
 
 std::vector<PeerPacket> DecodeByPeer(const std::string& path) {
     const Owned<AVFormatContext> format = OpenMovie(path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -41,3 +42,7 @@ struct PeerPacket {
 
 /// Reads a movie's packets and decodes each. Throws `std::runtime_error` if the peer fails.
 std::vector<PeerPacket> DecodeByPeer(const std::string& path);
+
+/// Decodes a single frame of a track with this FourCC. Throws `std::runtime_error` if the peer fails or has a
+/// word of error about it.
+PeerFrame DecodeFrameByPeer(std::span<const uint8_t> frame, uint32_t fourCC);

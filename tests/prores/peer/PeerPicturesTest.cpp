@@ -2,14 +2,15 @@
 // by a transform of its own, so pictures are close, not equal; alpha is coded without loss and must be the
 // same.
 
+#include "prores/encoder/EncodeFixture.h"
 #include "prores/peer/EnginePicture.h"
 #include "prores/peer/PeerDecoder.h"
+#include "prores/peer/PictureDifference.h"
 #include "tools/Workspace.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <iostream>
 
@@ -118,45 +119,6 @@ std::string MakeMovies(const Scene& scene) {
     return "ffmpeg -v error -nostdin -filter_complex '" + graph + "'" + outputs;
 }
 
-/// The sum of squared differences of one component.
-struct Difference {
-    double squares = 0;
-    size_t count = 0;
-
-    void Add(double a, double b) {
-        squares += (a - b) * (a - b);
-        ++count;
-    }
-    double Psnr() const {
-        constexpr double peak = 1023;
-        return squares == 0 ? INFINITY : 10 * std::log10(peak * peak * static_cast<double>(count) / squares);
-    }
-};
-
-using Differences = std::array<Difference, 3>; ///< luma, Cb, Cr
-
-/// The peer's pictures keep to the codes 4 to 1019; formats of the engine that go beyond are cut likewise.
-double Limited(double code) { return std::clamp(code, 4.0, 1019.0); }
-
-void AddDifferences(const EnginePicture& picture, const PeerFrame& peer, bool oddChroma, Differences& sums) {
-    for (int y = 0; y < peer.height; ++y) {
-        for (int x = 0; x < peer.width; ++x) {
-            const EnginePixel pixel = picture.At(x, y);
-            const size_t compared = x % 2 == 0 || oddChroma ? 3 : 1;
-            for (size_t i = 0; i < compared; ++i)
-                sums[i].Add(Limited(pixel.components[i]), peer.Code(i, x, y));
-        }
-    }
-}
-
-size_t CountAlphaDifferences(const EnginePicture& picture, const PeerFrame& peer) {
-    size_t different = 0;
-    for (int y = 0; y < peer.height; ++y)
-        for (int x = 0; x < peer.width; ++x)
-            different += picture.At(x, y).alpha >> (16 - peer.depth) != peer.Sample(3, x, y) ? 1 : 0;
-    return different;
-}
-
 /// The worst figure of a test, and where it stands.
 struct Worst {
     double psnr = INFINITY;
@@ -206,7 +168,7 @@ TEST_P(PeerPictures, AreCloseToTheEnginesInEveryPlaneAndEqualInAlpha) {
     const Workspace workspace;
     const ProgramRun ffmpeg = workspace.Shell(MakeMovies(scene));
     ASSERT_EQ(ffmpeg.status, 0) << ffmpeg.err;
-    const Decoder decoder(PrxCreateDecoder(2, nullptr));
+    const DecoderPtr decoder(PrxCreateDecoder(2, nullptr));
     Worst worst;
     for (const Encoding& encoding : EncodingsOf(scene)) {
         const std::vector<PeerPacket> movie = DecodeByPeer(workspace.Path(FileOf(encoding)));
