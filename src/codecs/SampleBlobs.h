@@ -9,7 +9,6 @@ class Image;
 int32_t LimitToBuffer(int32_t size, const uint8_t* sample, const uint8_t* buffer, int32_t capacity);
 
 /// `PixelConvert::BlobToImage` for a blob of `size` bytes.
-/// @return false, with the image unchanged, also for a blob or a row size that is too small for `image`,
-/// whose
-///         size may be another than the track's, and for an exception of the host's
+/// @return false, with the image unchanged, also for an exception of the host's, and for a blob or a row size
+///         that is too small for `image`, whose size may be another than the track's
 bool ConvertToImage(uint8_t* blob, int32_t size, int32_t rowBytes, uint32_t packing, Image*& image);

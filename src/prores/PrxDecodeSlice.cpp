@@ -79,8 +79,9 @@ void WriteMacroblocks(const PrxSliceJob& slice, const SliceCoefficients& coeffic
     const size_t lumaStep = size_t{lumaBlocksPerMb} << log2Block;
     const size_t chromaStep = size_t{picture.chromaBlocksPerMb} << log2Block;
     const auto write = picture.WriterOverruns() ? WriteThroughTile : WriteDirectly;
+    alignas(64) int16_t samples[mostBlocksPerMb * blockArea];
     // A writer for full size reads whole blocks, also where the transform made less.
-    alignas(64) int16_t samples[mostBlocksPerMb * blockArea] = {};
+    if (picture.WriterOverruns()) std::memset(samples, 0, sizeof samples);
     PrxMacroblock macroblock{samples, slice.alpha, slice.alphaStride, slice.dst, slice.dstStride, slice.rows};
     const int16_t* luma = coefficients.values;
     const int16_t* chroma = luma + slice.mbCount * lumaStep;

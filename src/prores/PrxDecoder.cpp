@@ -6,19 +6,11 @@
 #include "prores/PrxWorkerContext.h"
 
 #include <algorithm>
-#include <new>
 #include <span>
 
 namespace {
 
-const PrxPoolClient poolClient{
-    []() -> void* { return new (std::nothrow) PrxWorkerContext; },
-    [](void* context) { delete static_cast<PrxWorkerContext*>(context); },
-    [](void* job, void* context) {
-        PrxDecodeRow(static_cast<PrxRowJob*>(job), static_cast<PrxWorkerContext*>(context));
-    },
-    sizeof(PrxRowJob),
-};
+constexpr const PrxPoolClient& poolClient = prxPoolClientFor<PrxRowJob, PrxWorkerContext, PrxDecodeRow>;
 
 } // namespace
 

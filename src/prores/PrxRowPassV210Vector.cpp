@@ -1,8 +1,7 @@
 #include "prores/PrxRowPassV210Vector.h"
 
 #include "prores/PrxRowPassV210.h"
-
-#include <array>
+#include "prores/PrxWordShuffle.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "prores/PrxRowPassV210Vector.cpp"
@@ -31,21 +30,7 @@ using DWord32 = hn::Repartition<uint32_t, DBytes>;
 using VBytes = hn::Vec<DBytes>;
 using VWord32 = hn::Vec<DWord32>;
 
-/// For 32-bit words, the words of `w216` in their lower and upper half, counted from the start of 16 bytes;
-/// -1 stands for 0.
-using WordIndices = std::array<int, 8>;
-using Shuffle = std::array<uint8_t, 16>;
-
-constexpr Shuffle ShuffleOf(const WordIndices& words) {
-    Shuffle shuffle = {};
-    for (size_t i = 0; i < words.size(); ++i) {
-        shuffle[2 * i] = words[i] < 0 ? 0x80 : static_cast<uint8_t>(2 * words[i]);
-        shuffle[2 * i + 1] = words[i] < 0 ? 0x80 : static_cast<uint8_t>(2 * words[i] + 1);
-    }
-    return shuffle;
-}
-
-HWY_INLINE VWord32 Pick(VBytes words, const Shuffle& shuffle) {
+HWY_INLINE VWord32 Pick(VBytes words, const PrxWordShuffle& shuffle) {
     const DBytes d;
     return hn::BitCast(DWord32(), hn::TableLookupBytesOr0(words, hn::LoadDup128(d, shuffle.data())));
 }
@@ -53,10 +38,13 @@ HWY_INLINE VWord32 Pick(VBytes words, const Shuffle& shuffle) {
 /// Packs one group in each 16 bytes, from its first and its last eight words.
 HWY_INLINE VBytes PackGroups(VBytes first, VBytes last) {
     // The first two codes of each word, and the third.
-    alignas(16) static constexpr Shuffle pairsOfFirst = ShuffleOf({0, 1, 3, 4, -1, -1, -1, -1});
-    alignas(16) static constexpr Shuffle pairsOfLast = ShuffleOf({-1, -1, -1, -1, 2, 3, 5, 6});
-    alignas(16) static constexpr Shuffle thirdsOfFirst = ShuffleOf({2, -1, 5, -1, -1, -1, -1, -1});
-    alignas(16) static constexpr Shuffle thirdsOfLast = ShuffleOf({-1, -1, -1, -1, 4, -1, 7, -1});
+    alignas(16) static constexpr PrxWordShuffle pairsOfFirst =
+        PrxShuffleOfWords({0, 1, 3, 4, -1, -1, -1, -1});
+    alignas(16) static constexpr PrxWordShuffle pairsOfLast = PrxShuffleOfWords({-1, -1, -1, -1, 2, 3, 5, 6});
+    alignas(16) static constexpr PrxWordShuffle thirdsOfFirst =
+        PrxShuffleOfWords({2, -1, 5, -1, -1, -1, -1, -1});
+    alignas(16) static constexpr PrxWordShuffle thirdsOfLast =
+        PrxShuffleOfWords({-1, -1, -1, -1, 4, -1, 7, -1});
     const DWord32 d;
     const VWord32 pairs = hn::Or(Pick(first, pairsOfFirst), Pick(last, pairsOfLast));
     const VWord32 thirds = hn::Or(Pick(first, thirdsOfFirst), Pick(last, thirdsOfLast));

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <thread>
 
 /// Most workers that a decoder or an encoder gets.
@@ -20,6 +21,15 @@ struct PrxPoolClient {
     void (*destroyContext)(void* context); ///< in the same worker; accepts null
     void (*runJob)(void* job, void* context);
     size_t jobSize; ///< bytes from one job record to the next
+};
+
+/// The client whose jobs `Run` runs, each worker with a `Context` of its own.
+template <class Job, class Context, void (*Run)(Job*, Context*)>
+inline constexpr PrxPoolClient prxPoolClientFor{
+    []() -> void* { return new (std::nothrow) Context; },
+    [](void* context) { delete static_cast<Context*>(context); },
+    [](void* job, void* context) { Run(static_cast<Job*>(job), static_cast<Context*>(context)); },
+    sizeof(Job),
 };
 
 /// A fixed set of worker threads that run batches of jobs. Alone on its cache lines: its fields are written

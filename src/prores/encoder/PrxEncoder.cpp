@@ -11,7 +11,6 @@
 #include "prores/encoder/PrxQuantMatrices.h"
 
 #include <cstdlib>
-#include <new>
 
 namespace {
 
@@ -19,23 +18,16 @@ constexpr int32_t wrongArgument = -50;
 constexpr int32_t tooLarge = -3;
 constexpr int32_t largestSide = 65535;
 
-const PrxPoolClient poolClient{
-    []() -> void* { return new (std::nothrow) PrxEncodeContext; },
-    [](void* context) { delete static_cast<PrxEncodeContext*>(context); },
-    [](void* job, void* context) {
-        PrxEncodeRow(static_cast<PrxEncodeRowJob*>(job), static_cast<PrxEncodeContext*>(context));
-    },
-    sizeof(PrxEncodeRowJob),
-};
+constexpr const PrxPoolClient& poolClient = prxPoolClientFor<PrxEncodeRowJob, PrxEncodeContext, PrxEncodeRow>;
 
 /// The most bytes that the frame can take. A codec type of neither family has no alpha by its name, but gets
 /// it all the same, and with it the room.
 int64_t NeededCapacity(const PrxEncodeSettings& settings, const PrxPixelBuffer& pixels,
                        int32_t chromaFormat) {
-    const int64_t pixelCount = PrxCountPixels(pixels.width, pixels.height);
-    const bool mayHaveAlpha = PrxIs444Codec(settings.codecType) || chromaFormat == prxChroma444;
-    const int64_t alphaSize = settings.hasAlpha != 0 && mayHaveAlpha ? 3 * pixelCount : 0;
-    return PrxGetTargetSize(settings.codecType, pixelCount, 0) + alphaSize;
+    const bool hasAlpha = settings.hasAlpha != 0;
+    const bool isUnnamed = !PrxIs444Codec(settings.codecType) && chromaFormat == prxChroma444;
+    const int64_t alphaSize = hasAlpha && isUnnamed ? 3 * PrxCountPixels(pixels.width, pixels.height) : 0;
+    return PrxGetFrameSizeBound(settings.codecType, hasAlpha, pixels.width, pixels.height) + alphaSize;
 }
 
 /// Whether the rows are as far apart as the pixels of one take. Rows of `v210` that aren't are left alone.

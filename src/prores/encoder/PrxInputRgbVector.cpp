@@ -4,6 +4,7 @@
 #include "prores/PrxRoundToNearest.h"
 #include "prores/encoder/PrxInputCoefficients.h"
 #include "prores/encoder/PrxInputEdges.h"
+#include "prores/encoder/PrxInputRgbSelect.h"
 
 #include <bit>
 #include <cstring>
@@ -247,25 +248,14 @@ void ConvertRowNearest(const uint8_t* source, int32_t width, int32_t colorMatrix
 // ---------------------------------------------------------------------------------------------------------
 
 PrxConvertMacroblock PickConverter(uint32_t pixelFormat) {
-    return PrxSelectByRgbFormat<PrxConvertMacroblock>(
-        pixelFormat, false, [](auto format, auto) -> PrxConvertMacroblock {
-            if constexpr (PrxHasRgbConverter(format)) {
-                return PrxConvertWithEdges<format, ConvertPixelsNearest<format>>;
-            } else {
-                return nullptr;
-            }
-        });
+    return PrxSelectRgbInput<PrxConvertMacroblock, PrxHasRgbConverter>(pixelFormat, [](auto format) {
+        return PrxConvertMacroblock{PrxConvertWithEdges<format, ConvertPixelsNearest<format>>};
+    });
 }
 
 PrxConvertRgbRow PickRowConverter(uint32_t pixelFormat) {
-    return PrxSelectByRgbFormat<PrxConvertRgbRow>(pixelFormat, false,
-                                                  [](auto format, auto) -> PrxConvertRgbRow {
-                                                      if constexpr (PrxHasRgbRowConverter(format)) {
-                                                          return ConvertRowNearest<format>;
-                                                      } else {
-                                                          return nullptr;
-                                                      }
-                                                  });
+    return PrxSelectRgbInput<PrxConvertRgbRow, PrxHasRgbRowConverter>(
+        pixelFormat, [](auto format) { return PrxConvertRgbRow{ConvertRowNearest<format>}; });
 }
 
 #endif

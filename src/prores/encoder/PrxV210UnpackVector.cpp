@@ -1,6 +1,6 @@
 #include "prores/encoder/PrxV210UnpackVector.h"
 
-#include <array>
+#include "prores/PrxWordShuffle.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "prores/encoder/PrxV210UnpackVector.cpp"
@@ -27,30 +27,20 @@ using DWord32 = hn::FixedTag<uint32_t, 4>;
 using VBytes = hn::Vec<DBytes>;
 using VWord32 = hn::Vec<DWord32>;
 
-/// For each word of 16 bits the one that it comes from; -1 stands for 0.
-using WordIndices = std::array<int, 8>;
-using Shuffle = std::array<uint8_t, 16>;
-
-constexpr Shuffle ShuffleOf(const WordIndices& words) {
-    Shuffle shuffle = {};
-    for (size_t i = 0; i < words.size(); ++i) {
-        shuffle[2 * i] = words[i] < 0 ? 0x80 : static_cast<uint8_t>(2 * words[i]);
-        shuffle[2 * i + 1] = words[i] < 0 ? 0x80 : static_cast<uint8_t>(2 * words[i] + 1);
-    }
-    return shuffle;
-}
-
-HWY_INLINE VBytes Pick(VWord32 words, const Shuffle& shuffle) {
+HWY_INLINE VBytes Pick(VWord32 words, const PrxWordShuffle& shuffle) {
     const DBytes d;
     return hn::TableLookupBytesOr0(hn::BitCast(d, words), hn::Load(d, shuffle.data()));
 }
 
 HWY_INLINE void UnpackGroup(const uint8_t* group, uint8_t* pixels) {
     // From the first two codes of each word, and from the third.
-    alignas(16) static constexpr Shuffle firstOfPairs = ShuffleOf({0, 1, -1, 2, 3, -1, 4, 5});
-    alignas(16) static constexpr Shuffle firstOfThirds = ShuffleOf({-1, -1, 0, -1, -1, 2, -1, -1});
-    alignas(16) static constexpr Shuffle lastOfPairs = ShuffleOf({-1, 6, 7, -1, -1, -1, -1, -1});
-    alignas(16) static constexpr Shuffle lastOfThirds = ShuffleOf({4, -1, -1, 6, -1, -1, -1, -1});
+    alignas(16) static constexpr PrxWordShuffle firstOfPairs = PrxShuffleOfWords({0, 1, -1, 2, 3, -1, 4, 5});
+    alignas(16) static constexpr PrxWordShuffle firstOfThirds =
+        PrxShuffleOfWords({-1, -1, 0, -1, -1, 2, -1, -1});
+    alignas(16) static constexpr PrxWordShuffle lastOfPairs =
+        PrxShuffleOfWords({-1, 6, 7, -1, -1, -1, -1, -1});
+    alignas(16) static constexpr PrxWordShuffle lastOfThirds =
+        PrxShuffleOfWords({4, -1, -1, 6, -1, -1, -1, -1});
     const DWord32 d;
     const VWord32 packed = hn::BitCast(d, hn::LoadU(DBytes(), group));
     const VWord32 code0 = hn::And(hn::ShiftLeft<6>(packed), hn::Set(d, 0xFFC0));
