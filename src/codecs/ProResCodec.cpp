@@ -2,9 +2,11 @@
 
 #include "codecs/SampleBlobs.h"
 #include "framework/ImageMetadata.h"
+#include "framework/SampleSize.h"
 #include "host/Edition.h"
 #include "host/Image.h"
 #include "pixel/PixelConvert.h"
+#include "prores/PrxFormats.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -29,12 +31,12 @@ CxEncoderInfo Row(uint32_t fourCC, const char* name, uint32_t flags) {
 
 const std::vector<CxEncoderInfo>& Catalogue() {
     static const std::vector<CxEncoderInfo> rows = {
-        Row(FourCC("apch"), "Apple ProRes 422 HQ", 0),
-        Row(FourCC("apcn"), "Apple ProRes 422", 0),
-        Row(FourCC("apcs"), "Apple ProRes 422 LT", 0),
-        Row(FourCC("apco"), "Apple ProRes 422 Proxy", 0),
-        Row(FourCC("ap4h"), "Apple ProRes 4444", carriesAlpha),
-        Row(FourCC("ap4x"), "Apple ProRes 4444 XQ", carriesAlpha),
+        Row(prxCodecApch, "Apple ProRes 422 HQ", 0),
+        Row(prxCodecApcn, "Apple ProRes 422", 0),
+        Row(prxCodecApcs, "Apple ProRes 422 LT", 0),
+        Row(prxCodecApco, "Apple ProRes 422 Proxy", 0),
+        Row(prxCodecAp4h, "Apple ProRes 4444", carriesAlpha),
+        Row(prxCodecAp4x, "Apple ProRes 4444 XQ", carriesAlpha),
     };
     return rows;
 }

@@ -4,8 +4,6 @@
 #include "pixel/PixelConvert.h"
 #include "pixel/PixelFormatTable.h"
 
-#include <algorithm>
-
 namespace {
 
 /// Whether a blob of `size` bytes holds all that a conversion to `image` reads. The image's size may differ
@@ -17,12 +15,6 @@ bool HoldsImage(int32_t size, uint32_t packing, int32_t rowBytes, const Image& i
 }
 
 } // namespace
-
-int32_t LimitToBuffer(int32_t size, const uint8_t* sample, const uint8_t* buffer, int32_t capacity) {
-    const uintptr_t offset = reinterpret_cast<uintptr_t>(sample) - reinterpret_cast<uintptr_t>(buffer);
-    const bool isInside = offset == 0 || offset < static_cast<uintptr_t>(capacity);
-    return isInside ? std::min(size, capacity - static_cast<int32_t>(offset)) : size;
-}
 
 bool ConvertToImage(uint8_t* blob, int32_t size, int32_t rowBytes, uint32_t packing, Image*& image) {
     if (image == nullptr || !HoldsImage(size, packing, rowBytes, *image)) return false;

@@ -4,10 +4,6 @@
 
 class Image;
 
-/// Bytes from `sample` on that lie in the buffer of `capacity` bytes, if it lies there; otherwise `size`,
-/// which is all that is known of memory of the source's own.
-int32_t LimitToBuffer(int32_t size, const uint8_t* sample, const uint8_t* buffer, int32_t capacity);
-
 /// `PixelConvert::BlobToImage` for a blob of `size` bytes.
 /// @return false, with the image unchanged, also for an exception of the host's, and for a blob or a row size
 ///         that is too small for `image`, whose size may be another than the track's

@@ -1,6 +1,7 @@
 #include "codecs/UncompressedCodecs.h"
 
 #include "codecs/SampleBlobs.h"
+#include "framework/SampleSize.h"
 #include "host/Image.h"
 #include "host/Platform.h"
 #include "pixel/PixelConvert.h"

@@ -70,7 +70,11 @@ PrxEncoderRef PrxCreateEncoder(uint32_t workerCount, PrxThreadStartHook threadSt
 ///
 /// `rowBytes` may be negative, for rows that go upwards. Either way a row has to take its `width` pixels:
 /// whole pairs of them in `2vuy`, `yuvs` and `v216`, and in `v210` whole groups of six, 16 bytes each.
-/// Shorter rows of `v210` are no error: they are not read, and black ones are encoded.
+/// Shorter rows of `v210` are no error: they are not read, and black ones are encoded. In other formats the
+/// `rowBytes` of a picture of one row may be anything.
+///
+/// Of an interlaced frame of one row the bottom field is a picture without slices. `PrxDecodeFrame` takes
+/// such a frame only with top field first and at a `quality` of 1 or 2.
 ///
 /// `*outputSize` gets the frame's size in bytes, which is within the `maxFrameSize` of `PrxGetMaxFrameSize`.
 /// `*allOpaque` gets 1 if every sample of alpha is at full value or no alpha was encoded, else 0. Either
@@ -78,13 +82,14 @@ PrxEncoderRef PrxCreateEncoder(uint32_t workerCount, PrxThreadStartHook threadSt
 ///
 /// Returns 0, or
 /// -50: `handle`, `settings`, `pixels`, its `baseAddress` or `output` is null; there is no way from the pixel
-///      format to the codec; `width` or `height` is below 1; `capacity` is below `maxFrameSize`; `rowBytes`,
-///      taken without its sign, is too small for a row, but for `v210`;
+///      format to the codec; `width` or `height` is below 1; `capacity` is below `maxFrameSize`, to which a
+///      codec type that is none of the six adds 3 bytes for each pixel if `hasAlpha` is set and the stream is
+///      4:4:4; `rowBytes`, taken without its sign, is too small for a row, but as told above;
 ///  -3: `width` or `height` is above 65535.
 /// Then nothing has been written.
 ///
-/// Throws `std::bad_alloc` if there is no memory for a larger frame than before. The output is then undefined
-/// and the encoder stays usable.
+/// Throws `std::bad_alloc` if there is no memory for a larger frame than before. The output is then undefined,
+/// pixels that encoding changes may be changed in some rows and not in others, and the encoder stays usable.
 int32_t PrxEncodeFrame(PrxEncoderRef handle, const PrxEncodeSettings* settings, const PrxPixelBuffer* pixels,
                        uint8_t* output, int32_t capacity, int32_t* outputSize, uint8_t* allOpaque);
 

@@ -12,141 +12,126 @@
 
 #include <hwy/highway.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <optional>
-
-/// The short codes of runs and levels, by their place in a context.
-namespace prx_ac_codes {
-
-inline constexpr auto runs = PrxMakeShortCodes(prx_context::runBooks);
-inline constexpr auto levels = PrxMakeShortCodes(prx_context::levelBooks);
-
-/// Whether short codes keep what `PrxShortCode::maxZeros` promises.
-constexpr bool AreShort() {
-    uint32_t longest = 0;
-    for (const PrxShortCodes& codes : levels) {
-        const PrxShortCode code = codes[PrxShortCode::maxZeros];
-        const uint32_t valueBits = code.length - PrxShortCode::maxZeros;
-        if ((int64_t{1} << valueBits) + code.offset > prxMaxLevel) return false;
-        longest = std::max<uint32_t>(longest, code.length);
-    }
-    for (const PrxShortCodes& codes : runs)
-        longest = std::max<uint32_t>(longest, codes[PrxShortCode::maxZeros].length);
-    return 2 * longest + 1 <= PrxBitReader::refilledBits;
-}
-static_assert(AreShort());
-
-} // namespace prx_ac_codes
 
 /// The AC part of one component, to be read a few coefficients at a time.
 class PrxAcLane {
 public:
-    static_assert(PrxRunLevelEntry::maxSkip < prxPlacesBehind);
+    static_assert(PrxRunLevelEntry::maxStep < prxPlacesBehind);
 
-    // A short code may give a run that is larger than a stream may have it. From the first AC position of the
-    // most blocks that have places, such a run leads beyond the last one, which ends the lane as it has to.
+    // A run that is larger than a stream may have it leads from the first AC position of the most blocks that
+    // have places beyond the last one, which ends the lane as it has to.
     static_assert(64 * 32 - 32 <= prxMaxRun + 1);
 
     /// Entries of the table that a refill lasts for.
-    static constexpr int stepsPerRefill = 4;
+    static constexpr int stepsPerRefill = 5;
     static_assert(stepsPerRefill * PrxRunLevelTable::prefixBits <= PrxBitReader::refilledBits);
 
+    /// A lane that is done.
+    PrxAcLane() = default;
+
     HWY_INLINE PrxAcLane(const PrxBitReader& reader, const PrxSliceComponent& component,
-                         const uint16_t* places, uint32_t coefLimit, const PrxRunLevelTable& table)
-        : reader_(reader), entries_(table.Entries(prx_context::first)),
-          place_(places + (size_t{1} << component.log2BlockCount)),
+                         const uint16_t* places, uint32_t coefLimit)
+        : reader_(reader), place_(places + (size_t{1} << component.log2BlockCount) - 1),
           end_(places + (size_t{coefLimit} << component.log2BlockCount)),
           coefficients_(component.coefficients) {}
 
     HWY_INLINE bool Done() const { return end_ == nullptr; }
     HWY_INLINE void Refill() { reader_.Refill(); }
 
-    /// Reads what one entry of the table holds. With the result false, that was nothing, and one coefficient
+    /// Reads what one entry of the table holds. With the result false, that was nothing, and one run or level
     /// was read instead, or the lane is done.
     HWY_INLINE bool Advance(const PrxRunLevelTable& table) {
         if (HWY_LIKELY(Step(table))) return true;
-        ReadOne(table);
+        ReadOne();
         return false;
     }
 
 private:
-    struct CoefficientRead {
+    static constexpr uint32_t contextShift = PrxRunLevelEntry::contextShift;
+    static constexpr auto runCodes = PrxMakeShortCodes(prx_context::runBooks);
+    static constexpr auto levelCodes = PrxMakeShortCodes(prx_context::levelBooks);
+
+    struct CodeRead {
         PrxBitReader reader;
-        std::optional<PrxCoefficient> coefficient;
+        uint64_t code;
     };
 
-    static HWY_NOINLINE CoefficientRead ReadLongCoefficient(PrxBitReader reader, uint32_t context) {
-        const auto coefficient =
-            PrxReadCoefficient(reader, prx_context::RunBook(context), prx_context::LevelBook(context));
-        return {reader, coefficient};
+    static HWY_NOINLINE CodeRead ReadLongCode(PrxBitReader reader, uint32_t book) {
+        const uint64_t code = PrxReadCode(reader, book);
+        return {reader, code};
     }
 
     /// Reads what one entry of the table holds, at most `prefixBits` bits. False if that is nothing or goes
     /// beyond the last position.
     HWY_INLINE bool Step(const PrxRunLevelTable& table) {
-        // An entry is found only where there is a one among its bits, so the stream has not ended there.
-        const PrxRunLevelEntry entry = entries_[reader_.Bits() >> (64 - PrxRunLevelTable::prefixBits)];
-        const uint16_t* last = place_ + entry.LastSkip(); // less than `prxPlacesBehind` beyond the end
+        // An entry is found only where there is a one among the bits of each of its code words, so the stream
+        // has not ended there.
+        const PrxRunLevelEntry entry =
+            table.Entry(context_, reader_.Bits() >> (64 - PrxRunLevelTable::prefixBits));
+        const uint16_t* last = place_ + entry.LastStep(); // less than `prxPlacesBehind` beyond the end
         if (HWY_UNLIKELY(last >= end_ || entry.Empty())) return false;
-        const uint16_t* first = place_ + entry.FirstSkip();
+        const uint16_t* first = place_ + entry.FirstStep();
         reader_.Skip(entry.Length());
-        entries_ = table.Entries(entry.NextContext());
+        context_ = entry.Next();
         coefficients_[*last] = static_cast<int16_t>(entry.LastLevel());
         coefficients_[*first] = static_cast<int16_t>(entry.FirstLevel());
-        place_ = last + 1;
+        place_ = last;
         return true;
     }
 
-    /// Reads one coefficient; the lane is done if there is none.
-    HWY_INLINE void ReadOne(const PrxRunLevelTable& table) {
+    /// Reads one run or level; the lane is done if there is none.
+    HWY_INLINE void ReadOne() {
         reader_.Refill();
-        const uint32_t context = table.ContextOf(entries_);
-        const PrxBitReader start = reader_;
-        if (HWY_LIKELY(ReadShort(context, table))) return;
-        reader_ = start;
-        ReadLong(context, table);
+        const uint32_t context = context_ >> contextShift;
+        if (prx_context::LevelComesNext(context)) {
+            ReadLevel(context);
+        } else {
+            ReadRun(context);
+        }
     }
 
-    /// Reads a coefficient of short codes; false if they are not.
-    HWY_INLINE bool ReadShort(uint32_t context, const PrxRunLevelTable& table) {
-        const uint32_t runZeros = reader_.LeadingZeros();
-        if (HWY_UNLIKELY(runZeros > PrxShortCode::maxZeros)) return false;
-        const PrxShortCodes& runCodes = prx_ac_codes::runs[context / prx_context::levelBooks.size()];
-        const uint64_t run = runCodes[runZeros].Read(reader_);
-
-        const uint32_t levelZeros = reader_.LeadingZeros();
-        if (HWY_UNLIKELY(levelZeros > PrxShortCode::maxZeros)) return false;
-        const PrxShortCodes& levelCodes = prx_ac_codes::levels[context % prx_context::levelBooks.size()];
-        const auto magnitude = static_cast<int64_t>(levelCodes[levelZeros].Read(reader_) + 1);
-        const int64_t sign = -static_cast<int64_t>(reader_.Read(1));
-        Store(run, magnitude, (magnitude ^ sign) - sign, table);
-        return true;
-    }
-
-    HWY_INLINE void ReadLong(uint32_t context, const PrxRunLevelTable& table) {
-        if (reader_.Ended()) return End();
-        const CoefficientRead read = ReadLongCoefficient(reader_, context);
-        reader_ = read.reader;
-        if (!read.coefficient) return End();
-        const auto [run, level] = *read.coefficient;
-        Store(run, std::abs(level), level, table);
-    }
-
-    HWY_INLINE void Store(uint64_t run, int64_t magnitude, int64_t level, const PrxRunLevelTable& table) {
-        if (static_cast<ptrdiff_t>(run) >= end_ - place_) return End();
-        coefficients_[place_[run]] = static_cast<int16_t>(level);
+    HWY_INLINE void ReadRun(uint32_t context) {
+        uint64_t run;
+        if (!ReadCode(runCodes[prx_context::RunPlace(context)], prx_context::RunBook(context), &run) ||
+            static_cast<int64_t>(run) >= end_ - place_ - 1)
+            return End();
         place_ += run + 1;
-        entries_ = table.Entries(prx_context::After(run, static_cast<uint64_t>(magnitude)));
+        context_ = prx_context::AfterRun(context, run) << contextShift;
+    }
+
+    HWY_INLINE void ReadLevel(uint32_t context) {
+        uint64_t lessOne;
+        if (!ReadCode(levelCodes[prx_context::LevelPlace(context)], prx_context::LevelBook(context),
+                      &lessOne) ||
+            lessOne >= prxMaxLevel)
+            return End();
+        const auto magnitude = static_cast<int64_t>(lessOne + 1);
+        const int64_t sign = -static_cast<int64_t>(reader_.Read(1));
+        coefficients_[*place_] = static_cast<int16_t>((magnitude ^ sign) - sign);
+        context_ = prx_context::AfterLevel(context, static_cast<uint64_t>(magnitude)) << contextShift;
+    }
+
+    /// Reads a code word from a refilled reader, and leaves a valid bit. False if the stream has ended.
+    HWY_INLINE bool ReadCode(const PrxShortCodes& codes, uint32_t book, uint64_t* code) {
+        const uint32_t zeros = reader_.LeadingZeros();
+        if (HWY_LIKELY(zeros <= PrxShortCode::maxZeros)) {
+            *code = codes[zeros].Read(reader_);
+            return true;
+        }
+        if (reader_.Ended()) return false;
+        const CodeRead read = ReadLongCode(reader_, book);
+        reader_ = read.reader;
+        *code = read.code;
+        return true;
     }
 
     HWY_INLINE void End() { end_ = nullptr; }
 
     PrxBitReader reader_;
-    const PrxRunLevelEntry* entries_; ///< of the context
-    const uint16_t* place_;           ///< of the position behind the last coefficient
-    const uint16_t* end_;             ///< behind the last position; null when the lane is done
-    int16_t* coefficients_;
+    uint32_t context_ = prx_context::first << contextShift;
+    const uint16_t* place_ = nullptr; ///< of the last coefficient, or where the last run led to
+    const uint16_t* end_ = nullptr;   ///< behind the last position; null when the lane is done
+    int16_t* coefficients_ = nullptr;
 };

@@ -14,6 +14,9 @@ public:
     /// Bits that are valid after a refill.
     static constexpr uint32_t refilledBits = 56;
 
+    /// A reader of nothing.
+    PrxBitReader() = default;
+
     PrxBitReader(const uint8_t* data, size_t size) : cursor_(data), end_(data + size) {
         if (size < 8) [[unlikely]] {
             TakeAll();
@@ -80,6 +83,6 @@ private:
 
     uint64_t bits_ = 0;
     uint64_t valid_ = 0;
-    const uint8_t* cursor_;
-    const uint8_t* end_;
+    const uint8_t* cursor_ = nullptr;
+    const uint8_t* end_ = nullptr;
 };

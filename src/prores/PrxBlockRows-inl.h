@@ -45,29 +45,43 @@ HWY_INLINE hn::Vec<D> LoadRows(D d, const uint8_t* in, ptrdiff_t stride, ptrdiff
     }
 }
 
+/// Bytes of a cache line, and of a row that `StoreRows` stores.
+inline constexpr size_t lineBytes = 64;
+
+/// Stores a vector, past the caches if `Streams`: only whole lines gain by that.
+template <bool Streams, class D>
+HWY_INLINE void StoreVector(D d, hn::Vec<D> v, uint8_t* out) {
+    if constexpr (Streams) {
+        hn::Stream(v, d, out);
+    } else {
+        hn::StoreU(v, d, out);
+    }
+}
+
 /// For each row 64 bytes, 16 of each vector one behind the other, to addresses that are `stride` bytes apart.
-template <class D, class V = hn::Vec<D>>
+/// With `Streams` the addresses must be those of cache lines.
+template <bool Streams, class D, class V = hn::Vec<D>>
 HWY_INLINE void StoreRows(D d, V v0, V v1, V v2, V v3, uint8_t* out, ptrdiff_t stride) {
     constexpr size_t size = hn::MaxLanes(d);
     if constexpr (size == 16) {
-        hn::StoreU(v0, d, out);
-        hn::StoreU(v1, d, out + size);
-        hn::StoreU(v2, d, out + 2 * size);
-        hn::StoreU(v3, d, out + 3 * size);
+        StoreVector<Streams>(d, v0, out);
+        StoreVector<Streams>(d, v1, out + size);
+        StoreVector<Streams>(d, v2, out + 2 * size);
+        StoreVector<Streams>(d, v3, out + 3 * size);
     } else if constexpr (size == 32) {
-        hn::StoreU(hn::ConcatLowerLower(d, v1, v0), d, out);
-        hn::StoreU(hn::ConcatLowerLower(d, v3, v2), d, out + size);
-        hn::StoreU(hn::ConcatUpperUpper(d, v1, v0), d, out + stride);
-        hn::StoreU(hn::ConcatUpperUpper(d, v3, v2), d, out + stride + size);
+        StoreVector<Streams>(d, hn::ConcatLowerLower(d, v1, v0), out);
+        StoreVector<Streams>(d, hn::ConcatLowerLower(d, v3, v2), out + size);
+        StoreVector<Streams>(d, hn::ConcatUpperUpper(d, v1, v0), out + stride);
+        StoreVector<Streams>(d, hn::ConcatUpperUpper(d, v3, v2), out + stride + size);
     } else {
         const V even01 = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(v1), v0);
         const V even23 = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(v3), v2);
         const V odd01 = hn::OddEvenBlocks(v1, hn::SwapAdjacentBlocks(v0));
         const V odd23 = hn::OddEvenBlocks(v3, hn::SwapAdjacentBlocks(v2));
-        hn::StoreU(hn::ConcatLowerLower(d, even23, even01), d, out);
-        hn::StoreU(hn::ConcatLowerLower(d, odd23, odd01), d, out + stride);
-        hn::StoreU(hn::ConcatUpperUpper(d, even23, even01), d, out + 2 * stride);
-        hn::StoreU(hn::ConcatUpperUpper(d, odd23, odd01), d, out + 3 * stride);
+        StoreVector<Streams>(d, hn::ConcatLowerLower(d, even23, even01), out);
+        StoreVector<Streams>(d, hn::ConcatLowerLower(d, odd23, odd01), out + stride);
+        StoreVector<Streams>(d, hn::ConcatUpperUpper(d, even23, even01), out + 2 * stride);
+        StoreVector<Streams>(d, hn::ConcatUpperUpper(d, odd23, odd01), out + 3 * stride);
     }
 }
 

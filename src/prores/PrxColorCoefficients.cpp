@@ -1,5 +1,7 @@
 #include "prores/PrxColorCoefficients.h"
 
+#include "prores/PrxColorTable.h"
+
 #include <array>
 #include <cstddef>
 
@@ -26,38 +28,26 @@ constexpr PrxColorCoefficients Scaled(const BaseCoefficients& base, int32_t outM
 }
 
 /// By input scale, then by output range.
-using MatrixCoefficients = std::array<std::array<PrxColorCoefficients, 3>, 2>;
+using MatrixCoefficients = std::array<std::array<PrxColorCoefficients, prxRgbRanges.size()>, 2>;
 
 constexpr MatrixCoefficients AllOf(const BaseCoefficients& base) {
     MatrixCoefficients all = {};
     for (size_t scale = 0; scale < 2; ++scale) {
         const int32_t inputScale = scale == 0 ? prxInputScaleSample : prxInputScaleWord;
-        all[scale] = {Scaled(base, 255, inputScale), Scaled(base, 1023, inputScale),
-                      Scaled(base, 65535, inputScale)};
+        for (size_t range = 0; range < prxRgbRanges.size(); ++range)
+            all[scale][range] = Scaled(base, prxRgbRanges[range], inputScale);
     }
     return all;
 }
 
-constexpr MatrixCoefficients ofBt709 = AllOf(bt709);
-constexpr MatrixCoefficients ofBt601 = AllOf(bt601);
-constexpr MatrixCoefficients ofBt2020 = AllOf(bt2020);
-
-const MatrixCoefficients& OfMatrix(int32_t colorMatrix) {
-    switch (colorMatrix) {
-    case 6: return ofBt601;
-    case 9: return ofBt2020;
-    default: return ofBt709;
-    }
-}
-
-constexpr size_t OutputIndex(int32_t outMax) { return outMax == 255 ? 0 : outMax == 1023 ? 1 : 2; }
+constexpr PrxByColorMatrix<MatrixCoefficients> factorTables = {AllOf(bt709), AllOf(bt601), AllOf(bt2020)};
 
 } // namespace
 
 const PrxColorCoefficients& PrxGetColorCoefficients(int32_t colorMatrix, int32_t outMax,
                                                     PrxInputScale inputScale) {
     const size_t scale = inputScale == prxInputScaleSample ? 0 : 1;
-    return OfMatrix(colorMatrix)[scale][OutputIndex(outMax)];
+    return factorTables[colorMatrix][scale][PrxRgbRangeIndex(outMax)];
 }
 
 int32_t PrxColorMatrixFor(int32_t matrixCoefficients, uint32_t height) {

@@ -2,7 +2,10 @@
 
 #include "prores/PrxDecodeSlice.h"
 
+#include <hwy/cache_control.h>
+
 #include <algorithm>
+#include <array>
 #include <bitset>
 #include <cstring>
 
@@ -83,7 +86,6 @@ public:
     }
 
     bool AtEnd() const { return firstMb_ == layout_.mbWidth; }
-    uint32_t FirstMb() const { return firstMb_; }
     const PrxSliceJob& Slice() const { return slice_; }
 
     void Next() {
@@ -114,21 +116,32 @@ private:
     bool direct_;
 };
 
+/// Takes note of what became of a slice whose first macroblock is `firstMb`.
+void NoteResult(const PrxSliceJob& slice, PrxSliceResult result, uint32_t firstMb, PrxRowJob* job,
+                MacroblockSet* decoded) {
+    if (result != PrxSliceResult::opaque) job->allOk = false;
+    if (result == PrxSliceResult::refused) {
+        if (!job->picture->converter.direct) ClearColumns(slice);
+        return;
+    }
+    for (uint32_t i = 0; i < slice.mbCount; ++i)
+        decoded->set(firstMb + i);
+}
+
 /// Decodes the slices of a row. Returns the macroblocks that were decoded.
 MacroblockSet DecodeSlices(PrxRowJob* job, const RowSpace& space, PrxWorkerContext* context) {
     MacroblockSet decoded;
     job->allOk = true;
-    for (SliceWalk walk(*job, space); !walk.AtEnd(); walk.Next()) {
-        const PrxSliceJob& slice = walk.Slice();
-        const PrxSliceResult result = PrxDecodeSlice(slice, context);
-        if (result != PrxSliceResult::opaque) job->allOk = false;
-        if (result == PrxSliceResult::refused) {
-            if (!job->picture->converter.direct) ClearColumns(slice);
-            continue;
-        }
-        for (uint32_t i = 0; i < slice.mbCount; ++i) {
-            decoded.set(walk.FirstMb() + i);
-        }
+    uint32_t firstMb = 0;
+    for (SliceWalk walk(*job, space); !walk.AtEnd();) {
+        std::array<PrxSliceJob, prxSlicesAtOnce> slices;
+        std::array<PrxSliceResult, prxSlicesAtOnce> results;
+        size_t count = 0;
+        for (; count < slices.size() && !walk.AtEnd(); walk.Next())
+            slices[count++] = walk.Slice();
+        PrxDecodeSlices({slices.data(), count}, context, results.data());
+        for (size_t i = 0; i < count; firstMb += slices[i++].mbCount)
+            NoteResult(slices[i], results[i], firstMb, job, &decoded);
     }
     return decoded;
 }
@@ -175,6 +188,8 @@ void WriteRow(PrxRowJob* job, PrxWorkerContext* context) {
     context->sliceState.cachedQuantiser = 0; // the tables may be those of another picture's matrices
     const MacroblockSet decoded = DecodeSlices(job, space, context);
     if (job->picture->converter.rowPass != nullptr) FinishStretches(*job, space, decoded);
+    // Stores past the caches are to be seen by whoever is told that the row is done.
+    if (job->picture->writerSetup.streams) hwy::FlushStream();
 }
 
 } // namespace

@@ -2,8 +2,11 @@
 
 #include "prores/PrxSliceHeader.h"
 
+#include <array>
 #include <bit>
+#include <cassert>
 #include <cstring>
+#include <span>
 
 namespace {
 
@@ -11,11 +14,6 @@ constexpr uint32_t mostMacroblocks = 8;
 constexpr uint32_t mostBlocksPerMb = 12;
 constexpr uint32_t blockArea = 64;
 constexpr uint32_t lumaBlocksPerMb = 4;
-
-/// Coefficients of a slice: luma blocks, then chroma blocks, Cb and Cr by turns.
-struct SliceCoefficients {
-    alignas(64) int16_t values[mostMacroblocks * mostBlocksPerMb * blockArea];
-};
 
 /// A slice's coded stretches in one block of memory.
 struct SliceBytes {
@@ -25,32 +23,62 @@ struct SliceBytes {
     const uint8_t* alpha;
 };
 
-/// The header's check made sure that all stretches are inside the slice.
-SliceBytes FindStretches(const PrxSliceJob& slice, const PrxSliceHeader& header, PrxWorkerContext* context) {
-    const bool inOnePiece = slice.data.size >= slice.size;
-    if (!inOnePiece) PrxCopyBytes(slice.data, slice.size, context->gathered);
+/// A slice on its way from bytes to pixels.
+struct SliceWork {
+    PrxSliceHeader header;
     SliceBytes bytes;
-    bytes.luma = (inOnePiece ? slice.data.data : context->gathered) + header.headerSize;
+    std::array<PrxSliceComponent, 3> components;
+
+    /// Luma blocks, then chroma blocks, Cb and Cr by turns.
+    alignas(64) int16_t coefficients[mostMacroblocks * mostBlocksPerMb * blockArea];
+};
+
+/// The header's check made sure that all stretches are inside the slice. `gathered` takes a slice that
+/// doesn't lie in one piece of the input.
+SliceBytes FindStretches(const PrxSliceJob& slice, const PrxSliceHeader& header, uint8_t* gathered) {
+    const bool inOnePiece = slice.data.size >= slice.size;
+    if (!inOnePiece) PrxCopyBytes(slice.data, slice.size, gathered);
+    SliceBytes bytes;
+    bytes.luma = (inOnePiece ? slice.data.data : gathered) + header.headerSize;
     bytes.cb = bytes.luma + header.lumaSize;
     bytes.cr = bytes.cb + header.cbSize;
     bytes.alpha = bytes.cr + header.crSize;
     return bytes;
 }
 
-void ReadCoefficients(const PrxSliceJob& slice, const PrxSliceHeader& header, const SliceBytes& bytes,
-                      SliceCoefficients* coefficients) {
+/// Clears the coefficients of a slice and places luma, Cb and Cr among them.
+void PlaceComponents(const PrxSliceJob& slice, SliceWork* work) {
     const PrxPictureContext& picture = *slice.picture;
     const uint32_t log2Block = picture.Log2Block();
     const uint32_t log2Luma = std::countr_zero(slice.mbCount * lumaBlocksPerMb);
     const uint32_t log2Chroma = std::countr_zero(slice.mbCount * picture.chromaBlocksPerMb / 2);
-    int16_t* luma = coefficients->values;
+    int16_t* luma = work->coefficients;
     int16_t* cb = luma + (size_t{1} << (log2Luma + log2Block));
     int16_t* cr = cb + (size_t{1} << log2Block);
     int16_t* end = cb + (size_t{2} << (log2Chroma + log2Block));
     std::memset(luma, 0, static_cast<size_t>(end - luma) * sizeof(int16_t));
-    PrxDecodeSliceComponents({bytes.luma, header.lumaSize, luma, log2Luma, log2Block},
-                             {bytes.cb, header.cbSize, cb, log2Chroma, log2Block + 1},
-                             {bytes.cr, header.crSize, cr, log2Chroma, log2Block + 1}, picture.order);
+    work->components = {{{work->bytes.luma, work->header.lumaSize, luma, log2Luma, log2Block},
+                         {work->bytes.cb, work->header.cbSize, cb, log2Chroma, log2Block + 1},
+                         {work->bytes.cr, work->header.crSize, cr, log2Chroma, log2Block + 1}}};
+}
+
+/// Reads the header of a slice and prepares its decoding. False if it is refused.
+bool OpenSlice(const PrxSliceJob& slice, uint8_t* gathered, SliceWork* work) {
+    if (PrxReadSliceHeader(slice.data, slice.size, slice.picture->streamHasAlpha, &work->header) == 0)
+        return false;
+    work->bytes = FindStretches(slice, work->header, gathered);
+    PlaceComponents(slice, work);
+    return true;
+}
+
+/// Reads the coefficients of up to `prxSlicesAtOnce` slices.
+void ReadCoefficients(std::span<const SliceWork* const> works, const PrxCoefficientOrder& order) {
+    std::array<PrxSliceComponent, prxComponentsAtOnce> components;
+    size_t count = 0;
+    for (size_t component = 0; component < 3; ++component) // luma, the longest, first
+        for (const SliceWork* work : works)
+            components[count++] = work->components[component];
+    PrxDecodeSliceComponents({components.data(), count}, order);
 }
 
 void WriteDirectly(const PrxMacroblock& macroblock, const PrxPictureContext& picture) {
@@ -72,8 +100,7 @@ void WriteThroughTile(const PrxMacroblock& macroblock, const PrxPictureContext& 
     }
 }
 
-void WriteMacroblocks(const PrxSliceJob& slice, const SliceCoefficients& coefficients,
-                      const PrxSliceState& state) {
+void WriteMacroblocks(const PrxSliceJob& slice, const int16_t* coefficients, const PrxSliceState& state) {
     const PrxPictureContext& picture = *slice.picture;
     const uint32_t log2Block = picture.Log2Block();
     const size_t lumaStep = size_t{lumaBlocksPerMb} << log2Block;
@@ -83,7 +110,7 @@ void WriteMacroblocks(const PrxSliceJob& slice, const SliceCoefficients& coeffic
     // A writer for full size reads whole blocks, also where the transform made less.
     if (picture.WriterOverruns()) std::memset(samples, 0, sizeof samples);
     PrxMacroblock macroblock{samples, slice.alpha, slice.alphaStride, slice.dst, slice.dstStride, slice.rows};
-    const int16_t* luma = coefficients.values;
+    const int16_t* luma = coefficients;
     const int16_t* chroma = luma + slice.mbCount * lumaStep;
     for (uint32_t mb = 0; mb < slice.mbCount; ++mb) {
         picture.idct(luma, samples, lumaBlocksPerMb, picture.idctDepth, state.lumaTable);
@@ -97,25 +124,36 @@ void WriteMacroblocks(const PrxSliceJob& slice, const SliceCoefficients& coeffic
     }
 }
 
-} // namespace
-
-PrxSliceResult PrxDecodeSlice(const PrxSliceJob& slice, PrxWorkerContext* context) {
+/// Makes pixels of the coefficients that were read.
+PrxSliceResult FinishSlice(const PrxSliceJob& slice, const SliceWork& work, PrxSliceState* state) {
     const PrxPictureContext& picture = *slice.picture;
-    PrxSliceHeader header;
-    if (PrxReadSliceHeader(slice.data, slice.size, picture.streamHasAlpha, &header) == 0) {
-        return PrxSliceResult::refused;
-    }
-    PrxSliceState& state = context->sliceState;
-    PrxUpdateQuantTables(state, picture.lumaMatrix, picture.chromaMatrix, header.quantiser);
-    const SliceBytes bytes = FindStretches(slice, header, context);
-    SliceCoefficients coefficients;
-    ReadCoefficients(slice, header, bytes, &coefficients);
     bool opaque = !picture.streamHasAlpha;
     if (slice.alpha != nullptr) {
         opaque =
-            picture.alphaDecoder(bytes.alpha, header.alphaSize, slice.alpha, slice.alphaStride,
+            picture.alphaDecoder(work.bytes.alpha, work.header.alphaSize, slice.alpha, slice.alphaStride,
                                  static_cast<int32_t>(16 * slice.mbCount), slice.rows << picture.VShift());
     }
-    WriteMacroblocks(slice, coefficients, state);
+    PrxUpdateQuantTables(*state, picture.lumaMatrix, picture.chromaMatrix, work.header.quantiser);
+    WriteMacroblocks(slice, work.coefficients, *state);
     return opaque ? PrxSliceResult::opaque : PrxSliceResult::decoded;
+}
+
+} // namespace
+
+void PrxDecodeSlices(std::span<const PrxSliceJob> slices, PrxWorkerContext* context,
+                     PrxSliceResult* results) {
+    assert(slices.size() <= prxSlicesAtOnce);
+    SliceWork works[prxSlicesAtOnce];
+    const SliceWork* opened[prxSlicesAtOnce];
+    size_t openedCount = 0;
+    for (size_t i = 0; i < slices.size(); ++i) {
+        const bool accepted = OpenSlice(slices[i], context->gathered[i], &works[i]);
+        results[i] = accepted ? PrxSliceResult::decoded : PrxSliceResult::refused;
+        if (accepted) opened[openedCount++] = &works[i];
+    }
+    ReadCoefficients({opened, openedCount}, slices[0].picture->order);
+    for (size_t i = 0; i < slices.size(); ++i) {
+        if (results[i] != PrxSliceResult::refused)
+            results[i] = FinishSlice(slices[i], works[i], &context->sliceState);
+    }
 }

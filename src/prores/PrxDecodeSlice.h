@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 /// One slice of a row, and where its pixels go.
 struct PrxSliceJob {
@@ -26,5 +27,9 @@ enum class PrxSliceResult {
     opaque,  ///< stored; without alpha in the stream, or with all of it at full value
 };
 
-/// Decodes a slice and stores its macroblocks.
-PrxSliceResult PrxDecodeSlice(const PrxSliceJob& slice, PrxWorkerContext* context);
+/// Slices that are decoded together.
+inline constexpr size_t prxSlicesAtOnce = 2;
+
+/// Decodes up to `prxSlicesAtOnce` slices of one picture and stores their macroblocks. `results` gets what
+/// became of each.
+void PrxDecodeSlices(std::span<const PrxSliceJob> slices, PrxWorkerContext* context, PrxSliceResult* results);

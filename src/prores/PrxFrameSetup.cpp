@@ -74,6 +74,8 @@ bool FillPicture(const PrxFrameHeader& header, const PrxOutputTarget& target, co
     PrxSelectConverter(&picture->converter, target.pixelFormat, header.chromaFormat, reduction.hShift,
                        reduction.vShift, decodesAlpha);
     if (picture->converter.writer == nullptr) return false;
+    picture->writerSetup.streams = picture->converter.direct && picture->converter.rowPass == nullptr &&
+                                   target.widthResampler == nullptr;
     picture->idct = PrxSelectInverseTransform(reduction.hShift, reduction.vShift);
     picture->idctDepth = PrxGetPrecisionClass(picture->converter.intermediateFormat);
     picture->lumaMatrix = header.lumaMatrix;

@@ -110,8 +110,8 @@ void PrxInitPictureLayout(PrxPictureLayout* layout, const PrxBufferPiece& pictur
     const uint32_t headerSize = PrxReadPictureHeader(picture, &log2SliceMbWidth);
     if (headerSize == 0) return;
     layout->sliceTable = PrxAdvance(picture, headerSize);
-    layout->mbWidth = (width + 15) / 16;
-    layout->mbHeight = (height + 15) / 16;
+    layout->mbWidth = PrxMbCount(width);
+    layout->mbHeight = PrxMbCount(height);
     layout->sliceMbWidth = 1U << log2SliceMbWidth;
     layout->slicesPerRow = PrxSlicesPerRow(log2SliceMbWidth, layout->mbWidth);
     layout->sliceCount = layout->slicesPerRow * layout->mbHeight;

@@ -58,6 +58,9 @@ struct PrxPictureLayout {
 void PrxInitPictureLayout(PrxPictureLayout* layout, const PrxBufferPiece& picture, uint32_t width,
                           uint32_t height);
 
+/// Macroblocks along a side of `pixels` pixels, at most 2^32 - 16.
+constexpr uint32_t PrxMbCount(uint32_t pixels) { return (pixels + 15) / 16; }
+
 /// Slices of a row of `mbWidth` macroblocks.
 uint32_t PrxSlicesPerRow(uint32_t log2SliceMbWidth, uint32_t mbWidth);
 

@@ -7,6 +7,7 @@
 #define CORVEX_PRORES_PRX_INVERSE_TRANSFORM_COLUMNS_INL_H
 #endif
 
+#include "prores/PrxFixedPoint.h"
 #include "prores/PrxInverseTransformRows-inl.h"
 #include "prores/PrxTransformTables.h"
 
@@ -54,24 +55,44 @@ HWY_INLINE void AddCheckerboard(D d, hn::Vec<D>* rows, int32_t half) {
         rows[y] = hn::SaturatedAdd(rows[y], y % 2 == 0 ? lessAtOddX : lessAtEvenX);
 }
 
-/// What is known of the row pass's results for the lower half of a block.
-enum class LowerRows { Any, Zero };
+/// What the row pass makes of row `Y` of a block of `Height` rows if it is all zeros.
+template <int32_t Height, int32_t Y>
+inline constexpr int16_t rowOfZeros = prxTransformRows<Height>[Y].rounder >> prxRowShift;
 
-template <LowerRows Lower, class D, class V = hn::Vec<D>>
+/// Whether the row pass leaves zeros as they are in the rows from `Y` on.
+template <int32_t Height, int32_t Y>
+constexpr bool KeepsZerosFrom() {
+    for (int32_t y = Y; y < Height; ++y)
+        if (prxTransformRows<Height>[y].rounder >> prxRowShift != 0) return false;
+    return true;
+}
+
+/// The column pass of 8 rows, of which the first `Filled` went through the row pass: 8, 4 or 2. The others
+/// are all zeros before it, and stand there as they did.
+template <int32_t Filled, class D, class V = hn::Vec<D>>
 HWY_INLINE void TransformColumns8(D d, V* r, int32_t half) {
-    V u0 = r[1], u1 = MulHigh<prxTan1>(r[1]), u2 = r[3], r5 = hn::Zero(d);
-    V g0 = r[2], g1 = MulHigh<prxTan2>(r[2]), e0 = r[0], e1 = r[0];
-    if constexpr (Lower == LowerRows::Any) {
+    static_assert(KeepsZerosFrom<8, 3>());
+    V u0 = r[1], u1 = MulHigh<prxTan1>(r[1]), u2 = hn::Zero(d), u3 = hn::Zero(d);
+    V g0 = hn::Set(d, rowOfZeros<8, 2>), g1 = hn::Set(d, PrxMulHigh(rowOfZeros<8, 2>, prxTan2));
+    V e0 = r[0], e1 = r[0];
+    if constexpr (Filled >= 4) {
+        u2 = r[3];
+        u3 = MulHighPlus<prxTan3>(r[3]);
+        g0 = r[2];
+        g1 = MulHigh<prxTan2>(r[2]);
+    }
+    if constexpr (Filled == 8) {
         u0 = hn::SaturatedAdd(u0, MulHigh<prxTan1>(r[7]));
         u1 = hn::SaturatedSub(u1, r[7]);
         u2 = hn::SaturatedAdd(MulHighPlus<prxTan3>(r[5]), u2);
-        r5 = r[5];
+        u3 = hn::SaturatedSub(r[5], u3);
         g0 = hn::SaturatedAdd(g0, MulHigh<prxTan2>(r[6]));
         g1 = hn::SaturatedSub(g1, r[6]);
         e0 = hn::SaturatedAdd(e0, r[4]);
         e1 = hn::SaturatedSub(e1, r[4]);
+    } else {
+        u3 = hn::SaturatedSub(hn::Zero(d), u3);
     }
-    const V u3 = hn::SaturatedSub(r5, MulHighPlus<prxTan3>(r[3]));
     const V p0 = hn::SaturatedAdd(u0, u2);
     const V p1 = hn::SaturatedSub(u0, u2);
     const V p2 = hn::SaturatedAdd(u1, u3);
@@ -85,12 +106,14 @@ HWY_INLINE void TransformColumns8(D d, V* r, int32_t half) {
     AddCheckerboard(d, r, half);
 }
 
-template <LowerRows Lower, class D, class V = hn::Vec<D>>
+/// The same of 4 rows: `Filled` is 4 or 2.
+template <int32_t Filled, class D, class V = hn::Vec<D>>
 HWY_INLINE void TransformColumns4(D d, V* r, int32_t half) {
     V o0 = r[1], o1 = MulHigh<prxTan2>(r[1]);
     V e0 = hn::SaturatedAdd(r[0], hn::Set(d, static_cast<int16_t>(half)));
     V e1 = e0;
-    if constexpr (Lower == LowerRows::Any) {
+    static_assert(KeepsZerosFrom<4, 2>());
+    if constexpr (Filled == 4) {
         o0 = hn::SaturatedAdd(o0, MulHigh<prxTan2>(r[3]));
         o1 = hn::SaturatedSub(o1, r[3]);
         e0 = hn::SaturatedAdd(e0, r[2]);

@@ -63,6 +63,18 @@ HWY_INLINE void StoreStrided(D d, hn::Vec<D> v, int16_t* to, int32_t stride) {
     }
 }
 
+/// Stores two vectors by turns, 128 bits of each, to places that are `stride` values apart.
+template <class D>
+HWY_INLINE void StoreTwoRows(D d, hn::Vec<D> upper, hn::Vec<D> lower, int16_t* to, int32_t stride) {
+    if constexpr (hn::MaxLanes(D()) == 2 * lanesPer128) {
+        hn::StoreU(hn::ConcatLowerLower(d, lower, upper), d, to);
+        hn::StoreU(hn::ConcatUpperUpper(d, lower, upper), d, to + stride);
+    } else {
+        StoreStrided(d, upper, to, stride);
+        StoreStrided(d, lower, to + lanesPer128, stride);
+    }
+}
+
 /// Halves of 128 bits: of `a` and of `b`.
 template <class D>
 HWY_INLINE hn::Vec<D> LowerHalves(D d, hn::Vec<D> a, hn::Vec<D> b) {

@@ -31,14 +31,15 @@ namespace hn = hwy::HWY_NAMESPACE;
 // ---------------------------------------------------------------------------------------------------------
 // Rows in memory
 
-template <int32_t Width, int32_t Height, class D>
+/// Loads the first `Filled` rows of `Height`.
+template <int32_t Width, int32_t Height, int32_t Filled, class D>
 HWY_INLINE void LoadRows(D d, const int16_t* from, hn::Vec<D>* rows) {
     constexpr int32_t size = Width * Height;
     if constexpr (Width == 8) {
-        for (int32_t y = 0; y < Height; ++y)
+        for (int32_t y = 0; y < Filled; ++y)
             rows[y] = LoadStrided(d, from + 8 * y, size);
     } else {
-        for (int32_t y = 0; y < Height; y += 2) {
+        for (int32_t y = 0; y < Filled; y += 2) {
             const hn::Vec<D> even = LoadStrided(d, from + 4 * y, 2 * size);
             const hn::Vec<D> odd = LoadStrided(d, from + 4 * y + size, 2 * size);
             rows[y] = LowerHalves(d, even, odd);
@@ -51,8 +52,8 @@ template <int32_t Width, int32_t Height, class D>
 HWY_INLINE void StoreRows(D d, const hn::Vec<D>* rows, int16_t* to) {
     constexpr int32_t size = Width * Height;
     if constexpr (Width == 8) {
-        for (int32_t y = 0; y < Height; ++y)
-            StoreStrided(d, rows[y], to + 8 * y, size);
+        for (int32_t y = 0; y < Height; y += 2)
+            StoreTwoRows(d, rows[y], rows[y + 1], to + 8 * y, size);
     } else {
         for (int32_t y = 0; y < Height; y += 2) {
             StoreStrided(d, LowerHalves(d, rows[y], rows[y + 1]), to + 4 * y, 2 * size);
@@ -64,50 +65,51 @@ HWY_INLINE void StoreRows(D d, const hn::Vec<D>* rows, int16_t* to) {
 // ---------------------------------------------------------------------------------------------------------
 // Blocks
 
-template <int32_t Width, int32_t Height, LowerRows Lower, class D>
-HWY_INLINE void TransformLoaded(D d, hn::Vec<D>* rows, int32_t half, const int16_t* quantTable) {
-    using Rows =
-        std::conditional_t<Lower == LowerRows::Any, AllRows<Height>, std::make_index_sequence<Height / 2>>;
-    TransformRows<Width, Height>(d, rows, quantTable, Rows());
-    if constexpr (Height == 8) {
-        TransformColumns8<Lower>(d, rows, half);
-    } else {
-        TransformColumns4<Lower>(d, rows, half);
+/// Whether the rows `First` to `End` - 1 of a group of blocks are all zeros.
+template <int32_t Width, int32_t Height, int32_t First, int32_t End, class D>
+HWY_INLINE bool AreRowsZero(D d, const int16_t* coefficients) {
+    const hn::CappedTag<int16_t, (End - First) * Width> rows;
+    constexpr int32_t blocks = static_cast<int32_t>(hn::MaxLanes(d)) / Width;
+    hn::Vec<decltype(rows)> any = hn::Zero(rows);
+    for (int32_t block = 0; block < blocks; ++block) {
+        const int16_t* from = coefficients + (block * Height + First) * Width;
+        for (size_t i = 0; i < (End - First) * Width; i += hn::MaxLanes(rows))
+            any = hn::Or(any, hn::LoadU(rows, from + i));
     }
+    return hn::AllTrue(rows, hn::Eq(any, hn::Zero(rows)));
 }
 
-/// Whether the row pass leaves a lower half of zeros as it is.
-template <int32_t Height>
-constexpr bool KeepsLowerZeros() {
-    for (int32_t y = Height / 2; y < Height; ++y)
-        if (prxTransformRows<Height>[y].rounder >> prxRowShift != 0) return false;
-    return true;
-}
-
-/// Many blocks have nothing in their lower half, which then needs no row pass.
-template <int32_t Height, class D>
-HWY_INLINE bool IsLowerHalfZero(D d, const hn::Vec<D>* rows) {
-    static_assert(KeepsLowerZeros<Height>());
-    hn::Vec<D> any = rows[Height / 2];
-    for (int32_t y = Height / 2 + 1; y < Height; ++y)
-        any = hn::Or(any, rows[y]);
-    return hn::AllTrue(d, hn::Eq(any, hn::Zero(d)));
-}
-
-template <int32_t Width, int32_t Height, class D>
-HWY_INLINE void TransformGroup(D d, const int16_t* coefficients, int16_t* samples, int32_t depth,
-                               const int16_t* quantTable) {
+/// Transforms a group of blocks that have zeros from row `Filled` on.
+template <int32_t Width, int32_t Height, int32_t Filled, class D>
+HWY_INLINE void TransformFilled(D d, const int16_t* coefficients, int16_t* samples, int32_t depth,
+                                const int16_t* quantTable) {
+    using Rows = std::conditional_t<Filled == Height, AllRows<Height>, std::make_index_sequence<Filled>>;
     const int32_t half = PrxSampleHalf(depth);
     hn::Vec<D> rows[Height];
-    LoadRows<Width, Height>(d, coefficients, rows);
-    if (IsLowerHalfZero<Height>(d, rows)) {
-        TransformLoaded<Width, Height, LowerRows::Zero>(d, rows, half, quantTable);
+    LoadRows<Width, Height, Filled>(d, coefficients, rows);
+    TransformRows<Width, Height>(d, rows, quantTable, Rows());
+    if constexpr (Height == 8) {
+        TransformColumns8<Filled>(d, rows, half);
     } else {
-        TransformLoaded<Width, Height, LowerRows::Any>(d, rows, half, quantTable);
+        TransformColumns4<Filled>(d, rows, half);
     }
     for (hn::Vec<D>& row : rows)
         row = hn::ShiftRightSame(row, PrxSampleShift(depth));
     StoreRows<Width, Height>(d, rows, samples);
+}
+
+/// Many blocks have nothing in their lower half, or but the first two rows, and need no row pass there.
+template <int32_t Width, int32_t Height, class D>
+HWY_INLINE void TransformGroup(D d, const int16_t* coefficients, int16_t* samples, int32_t depth,
+                               const int16_t* quantTable) {
+    constexpr int32_t middle = Height / 2;
+    if (!AreRowsZero<Width, Height, middle, Height>(d, coefficients))
+        return TransformFilled<Width, Height, Height>(d, coefficients, samples, depth, quantTable);
+    if constexpr (middle > 2) {
+        if (!AreRowsZero<Width, Height, 2, middle>(d, coefficients))
+            return TransformFilled<Width, Height, middle>(d, coefficients, samples, depth, quantTable);
+    }
+    TransformFilled<Width, Height, 2>(d, coefficients, samples, depth, quantTable);
 }
 
 template <int32_t Width, int32_t Height>

@@ -21,6 +21,10 @@ struct PrxWriterSetup {
     int32_t hShift;
     int32_t vShift;
     int32_t colorMatrix; ///< 1, 6 or 9: BT.709, BT.601, BT.2020
+
+    /// Nothing reads the pixels before their row of macroblocks is finished: a writer may store past the
+    /// caches, and the row ends with a fence.
+    bool streams = false;
 };
 
 /// Stores one macroblock: `rows` rows of 16 >> hShift pixels, at any alignment.

@@ -26,7 +26,11 @@ struct PrxCoefficientOrder {
 /// as the caller zeroed it. Reads no byte outside `data`.
 void PrxDecodeSliceComponent(const PrxSliceComponent& component, const PrxCoefficientOrder& order);
 
-/// Reads luma, Cb and Cr, with the same result as three calls of `PrxDecodeSliceComponent` but faster: the
-/// independent streams are read side by side. Only a scan of `PrxScanTable` is fast.
-void PrxDecodeSliceComponents(const PrxSliceComponent& luma, const PrxSliceComponent& cb,
-                              const PrxSliceComponent& cr, const PrxCoefficientOrder& order);
+/// Most components that are read together: those of two slices.
+inline constexpr size_t prxComponentsAtOnce = 6;
+
+/// Reads several components, at most `prxComponentsAtOnce`, with the same result as a call of
+/// `PrxDecodeSliceComponent` for each but faster: two of the independent streams are always read side by
+/// side, in the order given, so the longest should come first. Only a scan of `PrxScanTable` is fast.
+void PrxDecodeSliceComponents(std::span<const PrxSliceComponent> components,
+                              const PrxCoefficientOrder& order);

@@ -6,9 +6,12 @@
 
 #include <hwy/highway.h>
 
+#include <algorithm>
+#include <array>
 #include <cassert>
+#include <cstddef>
 #include <cstdint>
-#include <utility>
+#include <span>
 
 // The components of a slice side by side. Where a code word starts is known only when the one before it has
 // been decoded, so that one stream alone leaves most of the processor idle. A lane is one stream; the loops
@@ -37,36 +40,56 @@ const uint16_t* PlacesOf(const PrxSliceComponent& component, const PrxCoefficien
     return PrxCoefficientPlaces(order.scan, component.log2BlockCount, component.log2BlockSize);
 }
 
+/// The AC lanes of a number of components, and an end.
+using AcLanes = std::array<PrxAcLane, prxComponentsAtOnce + 1>;
+
+/// Reads the DC parts, two side by side. Returns the lanes of what follows.
+AcLanes DecodeDcParts(std::span<const PrxSliceComponent> components, const PrxCoefficientOrder& order) {
+    AcLanes lanes;
+    const auto laneOf = [&order](const PrxDcLane& dc, const PrxSliceComponent& component) {
+        return PrxAcLane(dc.Reader(), component, PlacesOf(component, order), order.coefLimit);
+    };
+    size_t i = 0;
+    for (; i + 2 <= components.size(); i += 2) {
+        PrxDcLane a(components[i]);
+        PrxDcLane b(components[i + 1]);
+        DecodeDc(a, b);
+        DecodeDc(a);
+        DecodeDc(b);
+        lanes[i] = laneOf(a, components[i]);
+        lanes[i + 1] = laneOf(b, components[i + 1]);
+    }
+    if (i < components.size()) {
+        PrxDcLane a(components[i]);
+        DecodeDc(a);
+        lanes[i] = laneOf(a, components[i]);
+    }
+    return lanes;
+}
+
+/// Reads the AC parts, always two side by side: where one ends, the next one starts.
+void DecodeAcParts(const AcLanes& lanes) {
+    const PrxRunLevelTable& table = PrxRunLevelTable::Get();
+    PrxAcLane a = lanes[0];
+    for (size_t next = 1; next < lanes.size(); ++next) {
+        PrxAcLane b = lanes[next];
+        DecodeAc(table, a, b);
+        if (a.Done()) a = b;
+    }
+    DecodeAc(table, a);
+}
+
 } // namespace
 
-void PrxDecodeSliceComponents(const PrxSliceComponent& luma, const PrxSliceComponent& cb,
-                              const PrxSliceComponent& cr, const PrxCoefficientOrder& order) {
+void PrxDecodeSliceComponents(std::span<const PrxSliceComponent> components,
+                              const PrxCoefficientOrder& order) {
     assert(order.coefLimit >= 1 && order.coefLimit <= order.scan.size());
-    const uint16_t* lumaPlaces = PlacesOf(luma, order);
-    const uint16_t* cbPlaces = PlacesOf(cb, order);
-    const uint16_t* crPlaces = PlacesOf(cr, order);
-    if (lumaPlaces == nullptr || cbPlaces == nullptr || crPlaces == nullptr) {
-        for (const PrxSliceComponent* component : {&luma, &cb, &cr})
-            PrxDecodeSliceComponent(*component, order);
-        return;
+    assert(components.size() <= prxComponentsAtOnce);
+    const auto hasPlaces = [&order](const auto& component) { return PlacesOf(component, order) != nullptr; };
+    if (std::ranges::all_of(components, hasPlaces)) {
+        DecodeAcParts(DecodeDcParts(components, order));
+    } else {
+        for (const PrxSliceComponent& component : components)
+            PrxDecodeSliceComponent(component, order);
     }
-
-    PrxDcLane lumaDc(luma);
-    PrxDcLane cbDc(cb);
-    PrxDcLane crDc(cr);
-    DecodeDc(lumaDc, cbDc, crDc);
-    DecodeDc(lumaDc);
-    DecodeDc(cbDc);
-    DecodeDc(crDc);
-
-    const PrxRunLevelTable& table = PrxRunLevelTable::Get();
-    PrxAcLane a(lumaDc.Reader(), luma, lumaPlaces, order.coefLimit, table);
-    PrxAcLane b(cbDc.Reader(), cb, cbPlaces, order.coefLimit, table);
-    PrxAcLane c(crDc.Reader(), cr, crPlaces, order.coefLimit, table);
-    DecodeAc(table, a, b, c);
-    if (a.Done()) std::swap(a, c);
-    if (b.Done()) std::swap(b, c);
-    DecodeAc(table, a, b);
-    if (a.Done()) std::swap(a, b);
-    DecodeAc(table, a);
 }

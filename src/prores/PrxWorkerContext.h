@@ -14,5 +14,5 @@ struct PrxWorkerContext {
     PrxSliceState sliceState;
     PrxScratchBuffer rowBuffer;   ///< intermediate pixels of a row
     PrxScratchBuffer alphaBuffer; ///< alpha of a slice, or of a row on the way through the row buffer
-    uint8_t gathered[65536];      ///< a slice that doesn't lie in one piece of the input
+    uint8_t gathered[2][65536];   ///< slices that don't lie in one piece of the input
 };

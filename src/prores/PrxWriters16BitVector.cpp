@@ -58,10 +58,11 @@ struct From10Bits {
     HWY_INLINE VWord operator()(VSample samples) const { return ToWords<-508, 507, 6>(samples); }
 };
 
+template <bool Streams>
 HWY_INLINE void StoreWords(VWord v0, VWord v1, VWord v2, VWord v3, uint8_t* out, ptrdiff_t stride) {
     const rows::DRows d;
-    rows::StoreRows(d, hn::BitCast(d, v0), hn::BitCast(d, v1), hn::BitCast(d, v2), hn::BitCast(d, v3), out,
-                    stride);
+    rows::StoreRows<Streams>(d, hn::BitCast(d, v0), hn::BitCast(d, v1), hn::BitCast(d, v2),
+                             hn::BitCast(d, v3), out, stride);
 }
 
 /// Where the rows of a vector stand among a macroblock's blocks.
@@ -84,6 +85,7 @@ struct Rows422 {
     static constexpr int32_t rowBytes = 64;
 
     /// Stores `rowCount` rows from `row` on.
+    template <bool Streams>
     static HWY_INLINE void Write(const PrxMacroblock& macroblock, int32_t row, uint8_t* out,
                                  ptrdiff_t stride) {
         const Place place(row);
@@ -91,10 +93,10 @@ struct Rows422 {
         const VWord rightLuma = Convert()(LoadSamples(macroblock.samples, place.Luma(1), place.y));
         const VWord leftChroma = Convert()(ChromaPairs(macroblock.samples, place, 0));
         const VWord rightChroma = Convert()(ChromaPairs(macroblock.samples, place, 1));
-        StoreWords(hn::InterleaveLower(DWord(), leftChroma, leftLuma),
-                   hn::InterleaveUpper(DWord(), leftChroma, leftLuma),
-                   hn::InterleaveLower(DWord(), rightChroma, rightLuma),
-                   hn::InterleaveUpper(DWord(), rightChroma, rightLuma), out, stride);
+        StoreWords<Streams>(hn::InterleaveLower(DWord(), leftChroma, leftLuma),
+                            hn::InterleaveUpper(DWord(), leftChroma, leftLuma),
+                            hn::InterleaveLower(DWord(), rightChroma, rightLuma),
+                            hn::InterleaveUpper(DWord(), rightChroma, rightLuma), out, stride);
     }
 
 private:
@@ -148,6 +150,7 @@ struct RowsY416 {
     static constexpr int32_t rowBytes = 128;
 
     /// Stores `rowCount` rows from `row` on.
+    template <bool Streams>
     static HWY_INLINE void Write(const PrxMacroblock& macroblock, int32_t row, uint8_t* out,
                                  ptrdiff_t stride) {
         const Place place(row);
@@ -156,8 +159,8 @@ struct RowsY416 {
         const ChromaWords cr = ChromaOfPixels<ChromaFormat>(samples, place.Cr(0), place.Cr(1), place.y);
         const VWord leftLuma = From13Bits()(LoadSamples(samples, place.Luma(0), place.y));
         const VWord rightLuma = From13Bits()(LoadSamples(samples, place.Luma(1), place.y));
-        StorePixels(Alpha(macroblock, row, 0), leftLuma, cb.left, cr.left, out, stride);
-        StorePixels(Alpha(macroblock, row, 16), rightLuma, cb.right, cr.right, out + 64, stride);
+        StorePixels<Streams>(Alpha(macroblock, row, 0), leftLuma, cb.left, cr.left, out, stride);
+        StorePixels<Streams>(Alpha(macroblock, row, 16), rightLuma, cb.right, cr.right, out + 64, stride);
     }
 
 private:
@@ -171,6 +174,7 @@ private:
         }
     }
 
+    template <bool Streams>
     static HWY_INLINE void StorePixels(VWord a, VWord y, VWord cb, VWord cr, uint8_t* out, ptrdiff_t stride) {
         const DWord d;
         const DPair pairs;
@@ -178,10 +182,10 @@ private:
         const auto upperAy = hn::BitCast(pairs, hn::InterleaveUpper(d, a, y));
         const auto lowerChroma = hn::BitCast(pairs, hn::InterleaveLower(d, cb, cr));
         const auto upperChroma = hn::BitCast(pairs, hn::InterleaveUpper(d, cb, cr));
-        StoreWords(hn::BitCast(d, hn::InterleaveLower(pairs, lowerAy, lowerChroma)),
-                   hn::BitCast(d, hn::InterleaveUpper(pairs, lowerAy, lowerChroma)),
-                   hn::BitCast(d, hn::InterleaveLower(pairs, upperAy, upperChroma)),
-                   hn::BitCast(d, hn::InterleaveUpper(pairs, upperAy, upperChroma)), out, stride);
+        StoreWords<Streams>(hn::BitCast(d, hn::InterleaveLower(pairs, lowerAy, lowerChroma)),
+                            hn::BitCast(d, hn::InterleaveUpper(pairs, lowerAy, lowerChroma)),
+                            hn::BitCast(d, hn::InterleaveLower(pairs, upperAy, upperChroma)),
+                            hn::BitCast(d, hn::InterleaveUpper(pairs, upperAy, upperChroma)), out, stride);
     }
 };
 
@@ -192,17 +196,29 @@ private:
 template <class Rows>
 HWY_NOINLINE void WriteLastRows(const PrxMacroblock& macroblock, int32_t row) {
     alignas(64) std::array<uint8_t, rowCount * Rows::rowBytes> copy;
-    Rows::Write(macroblock, row, copy.data(), Rows::rowBytes);
+    Rows::template Write<false>(macroblock, row, copy.data(), Rows::rowBytes);
     for (const uint8_t* in = copy.data(); row < macroblock.rows; ++row, in += Rows::rowBytes)
         std::memcpy(macroblock.dst + row * macroblock.dstStride, in, Rows::rowBytes);
 }
 
-template <class Rows>
-void WriteMacroblock(const PrxMacroblock& macroblock, const PrxWriterSetup&) {
+template <class Rows, bool Streams>
+HWY_INLINE void WriteRows(const PrxMacroblock& macroblock) {
     int32_t row = 0;
     for (; row + rowCount <= macroblock.rows; row += rowCount)
-        Rows::Write(macroblock, row, macroblock.dst + row * macroblock.dstStride, macroblock.dstStride);
+        Rows::template Write<Streams>(macroblock, row, macroblock.dst + row * macroblock.dstStride,
+                                      macroblock.dstStride);
     if (row < macroblock.rows) WriteLastRows<Rows>(macroblock, row);
+}
+
+template <class Rows>
+void WriteMacroblock(const PrxMacroblock& macroblock, const PrxWriterSetup& setup) {
+    const auto place = reinterpret_cast<uintptr_t>(macroblock.dst);
+    const bool inLines = (place | static_cast<uintptr_t>(macroblock.dstStride)) % rows::lineBytes == 0;
+    if (setup.streams && inLines) {
+        WriteRows<Rows, true>(macroblock);
+    } else {
+        WriteRows<Rows, false>(macroblock);
+    }
 }
 
 template <int32_t ChromaFormat>

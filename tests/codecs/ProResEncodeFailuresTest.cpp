@@ -2,7 +2,7 @@
 
 #include "codecs/ProResEncodeSupport.h"
 #include "framework/AllocatorSpy.h"
-#include "framework/HeapSpy.h"
+#include "support/HeapSpy.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "codecs/ProResTestSupport.h"
 #include "framework/AllocatorSpy.h"
-#include "framework/HeapSpy.h"
+#include "support/HeapSpy.h"
 
 namespace {
 

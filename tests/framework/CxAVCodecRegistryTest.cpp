@@ -1,8 +1,8 @@
 #include "framework/CxAVCodecRegistry.h"
 
 #include "framework/FakeBackEnd.h"
-#include "framework/HeapSpy.h"
 #include "framework/MemoryTrackSource.h"
+#include "support/HeapSpy.h"
 
 #include <gtest/gtest.h>
 

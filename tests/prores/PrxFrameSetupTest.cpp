@@ -344,4 +344,18 @@ TEST(ColourMatrix, FallsBackByTheFrameHeight) {
     }
 }
 
+TEST(PixelStores, GoPastTheCachesWhereNothingReadsThePixelsAgain) {
+    const auto streams = [](uint32_t format, int chromaFormat) {
+        FrameSpec spec;
+        spec.chromaFormat = chromaFormat;
+        PrxFrameSetup setup;
+        EXPECT_GT(Prepare(stream::BuildFrame(spec), LargeTarget(format), 1, &setup), 0);
+        return setup.pictures[0].writerSetup.streams;
+    };
+    EXPECT_TRUE(streams(prxFormatV216, prxChroma422));
+    EXPECT_TRUE(streams(prxFormatY416, prxChroma444));
+    EXPECT_FALSE(streams(prxFormatY416, prxChroma422)) << "a pass finishes the last pixels of macroblocks";
+    EXPECT_FALSE(streams(prxFormatV210, prxChroma422)) << "a pass packs a buffered row";
+}
+
 } // namespace

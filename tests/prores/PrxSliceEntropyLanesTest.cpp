@@ -55,9 +55,10 @@ stream::Bytes AnyStream(std::mt19937& random, uint32_t log2BlockCount, bool inte
     return bytes;
 }
 
+/// One or more slices.
 struct Slice {
-    ThreeStreams streams;
-    ThreeShapes shapes;
+    std::vector<stream::Bytes> streams;
+    std::vector<ComponentShape> shapes;
     PrxCoefficientOrder order;
 };
 
@@ -67,8 +68,8 @@ Slice AnySlice(std::mt19937& random, const ScanReduction& reduction) {
     const uint32_t log2Block = reduction.Log2Block();
     Slice slice;
     slice.shapes = {{{log2Luma, log2Block}, {log2Chroma, log2Block + 1}, {log2Chroma, log2Block + 1}}};
-    for (size_t i = 0; i < 3; ++i)
-        slice.streams[i] = AnyStream(random, slice.shapes[i].log2BlockCount, reduction.interlaced);
+    for (const ComponentShape& shape : slice.shapes)
+        slice.streams.push_back(AnyStream(random, shape.log2BlockCount, reduction.interlaced));
     slice.order = {reduction.Scan(), 1 + static_cast<uint32_t>(random() % (1u << log2Block))};
     if (random() % 2 == 0) slice.order.coefLimit = 1u << log2Block;
     return slice;
@@ -76,7 +77,7 @@ Slice AnySlice(std::mt19937& random, const ScanReduction& reduction) {
 
 /// The components of a slice as a decode lays them out in one array: luma, then Cb and Cr by turns.
 std::array<PrxSliceComponent, 3> ComponentsIn(int16_t* coefficients, const Slice& slice) {
-    const auto& [luma, cb, cr] = slice.shapes;
+    const auto &luma = slice.shapes[0], &cb = slice.shapes[1], &cr = slice.shapes[2];
     int16_t* chroma = coefficients + luma.Coefficients();
     const size_t block = size_t{1} << luma.log2BlockSize;
     const auto& streams = slice.streams;
@@ -126,8 +127,7 @@ TEST(PrxSliceEntropyLanes, CbAndCrShareOneArrayByTurns) {
 
         GuardedBytes bytes(2 * expected.size(), guard);
         auto* coefficients = reinterpret_cast<int16_t*>(bytes.data());
-        const auto [luma, cb, cr] = ComponentsIn(coefficients, slice);
-        PrxDecodeSliceComponents(luma, cb, cr, slice.order);
+        PrxDecodeSliceComponents(ComponentsIn(coefficients, slice), slice.order);
         ASSERT_TRUE(std::ranges::equal(expected, std::span(coefficients, expected.size())));
     });
 }
@@ -138,11 +138,26 @@ TEST(PrxSliceEntropyLanes, AnyComponentMayEndFirst) {
     const stream::Bytes whole = CodedStream(random, 3, false);
     for (size_t i = 0; i < 27; ++i) {
         const std::array<size_t, 3> thirds = {i % 3, i / 3 % 3, i / 9};
-        ThreeStreams streams = {whole, whole, whole};
+        std::vector<stream::Bytes> streams(3, whole);
         for (size_t k = 0; k < 3; ++k)
             streams[k].resize(whole.size() * thirds[k] / 2);
         const auto decoded = DecodeTogether(streams, {shape, shape, shape}, FullOrder());
         for (size_t k = 0; k < 3; ++k)
             ASSERT_EQ(decoded[k], DecodeByModel(streams[k], shape, FullOrder())) << i;
+    }
+}
+
+TEST(PrxSliceEntropyLanes, AnyNumberOfComponentsIsReadAsTheModelReadsThem) {
+    std::mt19937 random = MakeRandom();
+    for (size_t round = 0; round < 200; ++round) {
+        std::vector<stream::Bytes> streams;
+        std::vector<ComponentShape> shapes(round % (prxComponentsAtOnce + 1));
+        for (ComponentShape& shape : shapes) {
+            shape.log2BlockCount = random() % 6;
+            streams.push_back(AnyStream(random, shape.log2BlockCount, false));
+        }
+        const auto decoded = DecodeTogether(streams, shapes, FullOrder());
+        for (size_t i = 0; i < shapes.size(); ++i)
+            ASSERT_EQ(decoded[i], DecodeByModel(streams[i], shapes[i], FullOrder())) << i;
     }
 }

@@ -89,7 +89,7 @@ TEST(PrxSliceEntropy, AComponentOfNoBytesLeavesAllAt0) {
     EXPECT_EQ(Decode({}, {3, 6}), Values(512));
     const PrxSliceComponent none = {nullptr, 0, nullptr, 0, 6};
     PrxDecodeSliceComponent(none, FullOrder());
-    PrxDecodeSliceComponents(none, none, none, FullOrder());
+    PrxDecodeSliceComponents({&none, 1}, FullOrder());
 }
 
 TEST(PrxSliceEntropy, ReadsComponentsOfOneToNineBytes) {

@@ -1,6 +1,6 @@
 #include "prores/PrxThreadPool.h"
 
-#include "prores/NoMemory.h"
+#include "support/HeapSpy.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "prores/PrxThreads.h"
 
-#include "prores/NoMemory.h"
+#include "support/HeapSpy.h"
 
 #include <gtest/gtest.h>
 

@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <vector>
 
 /// A component's shape.
@@ -68,17 +69,19 @@ inline std::vector<int16_t> DecodeAlone(const stream::Bytes& bytes, const Compon
     return component.Coefficients();
 }
 
-using ThreeStreams = std::array<stream::Bytes, 3>;
-using ThreeShapes = std::array<ComponentShape, 3>;
-
-inline std::array<std::vector<int16_t>, 3>
-DecodeTogether(const ThreeStreams& streams, const ThreeShapes& shapes, const PrxCoefficientOrder& order,
-               GuardedBytes::Guard guard = GuardedBytes::Guard::Behind) {
-    const GuardedComponent luma(streams[0], shapes[0], guard);
-    const GuardedComponent cb(streams[1], shapes[1], guard);
-    const GuardedComponent cr(streams[2], shapes[2], guard);
-    PrxDecodeSliceComponents(*luma, *cb, *cr, order);
-    return {luma.Coefficients(), cb.Coefficients(), cr.Coefficients()};
+/// Decodes components side by side.
+inline std::vector<std::vector<int16_t>>
+DecodeTogether(const std::vector<stream::Bytes>& streams, const std::vector<ComponentShape>& shapes,
+               const PrxCoefficientOrder& order, GuardedBytes::Guard guard = GuardedBytes::Guard::Behind) {
+    std::deque<GuardedComponent> guarded;
+    std::vector<PrxSliceComponent> components;
+    for (size_t i = 0; i < streams.size(); ++i)
+        components.push_back(*guarded.emplace_back(streams[i], shapes[i], guard));
+    PrxDecodeSliceComponents(components, order);
+    std::vector<std::vector<int16_t>> decoded;
+    for (const GuardedComponent& component : guarded)
+        decoded.push_back(component.Coefficients());
+    return decoded;
 }
 
 /// The coefficients of one component, in which all decoders have to agree.
@@ -86,7 +89,7 @@ inline std::vector<int16_t> Decode(const stream::Bytes& bytes, const ComponentSh
                                    const PrxCoefficientOrder& order = FullOrder()) {
     const std::vector<int16_t> result = DecodeAlone(bytes, shape, order);
     EXPECT_EQ(result, DecodeByModel(bytes, shape, order));
-    for (const auto& together : DecodeTogether({bytes, bytes, bytes}, {shape, shape, shape}, order))
+    for (const auto& together : DecodeTogether({bytes, bytes}, {shape, shape}, order))
         EXPECT_EQ(together, result);
     return result;
 }

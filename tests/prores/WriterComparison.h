@@ -17,7 +17,8 @@ struct WriterFormat {
 
 using SelectWriter = PrxMacroblockWriter (*)(uint32_t pixelFormat, int32_t chromaFormat, bool hasAlpha);
 
-/// Compares two writers at every number of rows, on either side of forbidden memory, at even and odd strides.
+/// Compares two writers at every number of rows, on either side of forbidden memory, at even and odd strides,
+/// with and without leave to store past the caches.
 inline void CompareWriterPair(PrxMacroblockWriter vector, PrxMacroblockWriter scalar,
                               const TestMacroblock& macroblock, WriterCall call) {
     ASSERT_NE(vector, nullptr);
@@ -26,8 +27,12 @@ inline void CompareWriterPair(PrxMacroblockWriter vector, PrxMacroblockWriter sc
             for (const size_t gap : {0, 64, 3}) {
                 call.guard = guard;
                 call.gap = gap;
-                ASSERT_EQ(RunWriter(vector, macroblock, call), RunWriter(scalar, macroblock, call))
-                    << call.rows << " rows, gap " << gap;
+                call.setup.streams = false;
+                const auto expected = RunWriter(scalar, macroblock, call);
+                ASSERT_EQ(RunWriter(vector, macroblock, call), expected) << call.rows << " rows, gap " << gap;
+                call.setup.streams = true;
+                ASSERT_EQ(RunWriter(vector, macroblock, call), expected)
+                    << call.rows << " rows, gap " << gap << ", streaming";
             }
         }
     }

@@ -1,6 +1,7 @@
 #include "media/ProResTags.h"
 
-#include "framework/CxAVTypes.h"
+#include "prores/PrxColorCoefficients.h"
+#include "prores/PrxFormats.h"
 
 #include <algorithm>
 #include <array>
@@ -10,9 +11,6 @@ extern "C" {
 }
 
 namespace {
-
-constexpr std::array proResCodes = {FourCC("apch"), FourCC("apcn"), FourCC("apcs"),
-                                    FourCC("apco"), FourCC("ap4h"), FourCC("ap4x")};
 
 // Places in a frame: its size and tag, then the frame header (SMPTE RDD 36, 5.1 and 5.1.1).
 constexpr size_t tagPlace = 4;
@@ -56,14 +54,9 @@ bool HasFrameHeader(std::span<const uint8_t> frame) {
 
 } // namespace
 
-bool IsProRes(uint32_t fourCC) {
-    return std::find(proResCodes.begin(), proResCodes.end(), fourCC) != proResCodes.end();
-}
+bool IsProRes(uint32_t fourCC) { return PrxIsCodec(fourCC); }
 
-int ProResMatrix(int height) {
-    constexpr int leastHdHeight = 720;
-    return height < leastHdHeight ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_BT709;
-}
+int ProResMatrix(int height) { return PrxColorMatrixFor(notTold, static_cast<uint32_t>(height)); }
 
 void TagProResFrame(const MovieTrackSettings& settings, std::span<uint8_t> frame) {
     if (!HasFrameHeader(frame)) return;

@@ -10,7 +10,7 @@
 
 bool IsProRes(uint32_t fourCC);
 
-/// The matrix with which the encoder makes Y'CbCr of RGB, in FFmpeg's numbering.
+/// The matrix with which the encoder makes Y'CbCr of RGB, in FFmpeg's numbering, which is that of RDD 36.
 /// @param height  of the frame, in rows
 int ProResMatrix(int height);
 

@@ -31,10 +31,10 @@ public:
         return true;
     }
 
-    /// Bits that may go to `AppendCodes`.
+    /// Bits that may go to `AppendCodes`: all that the budget leaves; 0 without a limit.
     size_t RoomToAppend() const {
         const ptrdiff_t bytes = end_ - next_; // below 0 behind the start of a writer without a limit
-        return bytes >= 9 ? static_cast<size_t>(bytes - 9) * 8 : 0;
+        return bytes > 0 ? static_cast<size_t>(bytes) * 8 - used_ : 0;
     }
 
     /// Writes `count` codes of 0 to `longestAppended` bits, together no more than `RoomToAppend`.
@@ -42,7 +42,7 @@ public:
         const uint64_t before = Position();
         PrxBitWriter local = *this; // keeps the state in registers
         for (size_t i = 0; i < count; ++i)
-            local.Insert(codes[i], lengths[i], [&] { local.StoreWord(); });
+            local.Append(codes[i], lengths[i]);
         *this = local;
         bits_ += Position() - before;
     }

@@ -13,7 +13,6 @@
 
 #include <hwy/highway.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -57,34 +56,43 @@ HWY_INLINE Codes<V> Join(const Codes<V>& first, const Codes<V>& last) {
 
 /// Codes on their way to a writer, which gets none from elsewhere before `Flush`.
 class CodeBatch {
+    static constexpr uint32_t longestCode = PrxBitWriter::longestAppended / 2;
+
 public:
     HWY_INLINE explicit CodeBatch(PrxBitWriter& writer) : writer_(writer) {}
+
+    /// Bits that no group passes whose codes are as short as `Add` needs them.
+    static constexpr size_t mostBits = groupSize * longestCode;
 
     /// Whether all codes are as short as `Add` needs them: two make one that a writer can append.
     static HWY_INLINE bool Takes(const Group& group) {
         const DI16 d;
-        const auto length = hn::BitCast(d, hn::Add(group.firstLength, group.lastLength));
+        const auto length = hn::BitCast(d, Lengths(group));
         return hn::AllFalse(d, hn::Gt(length, hn::Set(d, int16_t{longestCode})));
     }
 
-    /// How many groups can be added now, under the writer's budget and before the next `Flush`.
-    HWY_INLINE size_t RoomForGroups() const {
-        const size_t used = waitingGroups_ * groupBits;
-        const size_t room = writer_.RoomToAppend();
-        return std::min(room > used ? (room - used) / groupBits : 0, maxGroups - waitingGroups_);
+    /// Bits of a group that it takes.
+    static HWY_INLINE size_t BitsOf(const Group& group) {
+        const hn::Repartition<uint8_t, D16> d;
+        return hn::GetLane(hn::SumOfLanes(D64(), hn::SumsOf8(hn::BitCast(d, Lengths(group)))));
     }
 
-    /// Adds a group that it takes and has room for.
-    HWY_INLINE void Add(const Group& group) {
+    /// Whether a group of `bits` can be added now, under the writer's budget and before the next `Flush`.
+    HWY_INLINE bool HasRoom(size_t bits) const {
+        return waitingBits_ + bits <= writer_.RoomToAppend() && count_ <= capacity - groupSize / 2;
+    }
+
+    /// Adds a group that it takes and has room for. `bits` are no less than the group's own.
+    HWY_INLINE void Add(const Group& group, size_t bits) {
+        const V16 lengths = Lengths(group);
         const Codes<V32> even = {
             hn::Or(hn::Shl(Even(group.firstBits), Even(group.lastLength)), Even(group.lastBits)),
-            hn::Add(Even(group.firstLength), Even(group.lastLength))};
+            Even(lengths)};
         const Codes<V32> odd = {
-            hn::Or(hn::Shl(Odd(group.firstBits), Odd(group.lastLength)), Odd(group.lastBits)),
-            hn::Add(Odd(group.firstLength), Odd(group.lastLength))};
+            hn::Or(hn::Shl(Odd(group.firstBits), Odd(group.lastLength)), Odd(group.lastBits)), Odd(lengths)};
         AddPairs(Join<V64>({Even(even.bits), Even(even.length)}, {Even(odd.bits), Even(odd.length)}),
                  Join<V64>({Odd(even.bits), Odd(even.length)}, {Odd(odd.bits), Odd(odd.length)}));
-        ++waitingGroups_;
+        waitingBits_ += bits;
     }
 
     /// Hands the codes to the writer. Not inlined, so that they go through memory: that is faster than to
@@ -92,14 +100,13 @@ public:
     HWY_NOINLINE void Flush() {
         writer_.AppendCodes(bits_, lengths_, count_);
         count_ = 0;
-        waitingGroups_ = 0;
+        waitingBits_ = 0;
     }
 
 private:
-    static constexpr uint32_t longestCode = PrxBitWriter::longestAppended / 2;
-    static constexpr size_t groupBits = groupSize * longestCode;
     static constexpr size_t capacity = 1024;
-    static constexpr size_t maxGroups = capacity / (groupSize / 2);
+
+    static HWY_INLINE V16 Lengths(const Group& group) { return hn::Add(group.firstLength, group.lastLength); }
 
     HWY_INLINE void AddPairs(const Codes<V64>& even, const Codes<V64>& odd) {
         const D64 d;
@@ -119,7 +126,7 @@ private:
 
     PrxBitWriter& writer_;
     size_t count_ = 0;
-    size_t waitingGroups_ = 0;
+    size_t waitingBits_ = 0;
     alignas(64) uint64_t bits_[capacity];
     alignas(64) uint64_t lengths_[capacity];
 };

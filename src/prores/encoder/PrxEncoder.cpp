@@ -30,9 +30,11 @@ int64_t NeededCapacity(const PrxEncodeSettings& settings, const PrxPixelBuffer& 
     return PrxGetFrameSizeBound(settings.codecType, hasAlpha, pixels.width, pixels.height) + alphaSize;
 }
 
-/// Whether the rows are as far apart as the pixels of one take. Rows of `v210` that aren't are left alone.
+/// Whether the rows are as far apart as the pixels of one take. Rows that overlap are no picture: workers
+/// would low-pass the chroma of one while others read it. A single row has no next one, and rows of `v210`
+/// that are too short aren't read.
 bool RowsHaveRoom(const PrxPixelBuffer& pixels) {
-    if (pixels.pixelFormat == prxFormatV210) return true;
+    if (pixels.height == 1 || pixels.pixelFormat == prxFormatV210) return true;
     const int64_t stored = PrxIs422Format(pixels.pixelFormat) ? (pixels.width + 1) / 2 * 2 : pixels.width;
     return std::abs(int64_t{pixels.rowBytes}) >= stored * PrxGetGroupSize(pixels.pixelFormat).bytesPerGroup;
 }

@@ -1,5 +1,7 @@
 #include "prores/encoder/PrxInputCoefficients.h"
 
+#include "prores/PrxColorTable.h"
+
 #include <array>
 #include <cstddef>
 
@@ -27,35 +29,23 @@ constexpr PrxInputCoefficients Scaled(const LumaWeights& weights, double luma, d
 }
 
 /// By target, then by input range.
-using MatrixCoefficients = std::array<std::array<PrxInputCoefficients, 3>, 2>;
+using MatrixCoefficients = std::array<std::array<PrxInputCoefficients, prxRgbRanges.size()>, 2>;
 
 constexpr MatrixCoefficients AllOf(const LumaWeights& weights) {
-    constexpr std::array<int32_t, 3> maxima = {255, 1023, 65535};
     MatrixCoefficients all = {};
-    for (size_t i = 0; i < maxima.size(); ++i) {
-        all[prxInputTargetSamples][i] = Scaled(weights, 219.0 * 16 / maxima[i], 224.0 * 16 / maxima[i]);
-        all[prxInputTargetWords][i] = Scaled(weights, 219.0 * 256 / maxima[i], 224.0 * 64 / maxima[i]);
+    for (size_t i = 0; i < prxRgbRanges.size(); ++i) {
+        const int32_t largest = prxRgbRanges[i];
+        all[prxInputTargetSamples][i] = Scaled(weights, 219.0 * 16 / largest, 224.0 * 16 / largest);
+        all[prxInputTargetWords][i] = Scaled(weights, 219.0 * 256 / largest, 224.0 * 64 / largest);
     }
     return all;
 }
 
-constexpr MatrixCoefficients ofBt709 = AllOf(bt709);
-constexpr MatrixCoefficients ofBt601 = AllOf(bt601);
-constexpr MatrixCoefficients ofBt2020 = AllOf(bt2020);
-
-const MatrixCoefficients& OfMatrix(int32_t colorMatrix) {
-    switch (colorMatrix) {
-    case 1: return ofBt709;
-    case 9: return ofBt2020;
-    default: return ofBt601;
-    }
-}
-
-constexpr size_t InputIndex(int32_t inMax) { return inMax == 255 ? 0 : inMax == 1023 ? 1 : 2; }
+constexpr PrxByColorMatrix<MatrixCoefficients> factorTables = {AllOf(bt709), AllOf(bt601), AllOf(bt2020)};
 
 } // namespace
 
 const PrxInputCoefficients& PrxGetInputCoefficients(int32_t colorMatrix, int32_t inMax,
                                                     PrxInputTarget target) {
-    return OfMatrix(colorMatrix)[target][InputIndex(inMax)];
+    return factorTables[colorMatrix][target][PrxRgbRangeIndex(inMax)];
 }

@@ -1,17 +1,12 @@
 #include "prores/encoder/PrxPictureEncoder.h"
 
 #include "prores/PrxFormats.h"
+#include "prores/PrxHeaders.h"
 #include "prores/PrxOutOfMemory.h"
 #include "prores/encoder/PrxPictureWriter.h"
 #include "prores/encoder/PrxRateControl.h"
 
 #include <algorithm>
-
-namespace {
-
-uint32_t MbCountOf(int32_t pixels) { return (static_cast<uint32_t>(pixels) + 15) / 16; }
-
-} // namespace
 
 PrxCodedPicture PrxPictureEncoder::Encode(PrxThreadPool& pool, const PrxPictureSource& source,
                                           const PrxRateTarget& target, const PrxAlphaCoder& alphaCoder,
@@ -38,8 +33,8 @@ void PrxPictureEncoder::Prepare(const PrxPictureSource& source, const PrxRateTar
                 .quantise = PrxSelectQuantiser(),
                 .coder = PrxSelectPlaneCoder(),
                 .pass = PrxCodingPass::Measure};
-    const uint32_t mbWidth = MbCountOf(source.width);
-    const uint32_t mbHeight = MbCountOf(source.height);
+    const uint32_t mbWidth = PrxMbCount(static_cast<uint32_t>(source.width));
+    const uint32_t mbHeight = PrxMbCount(static_cast<uint32_t>(source.height));
     constexpr uint32_t bytesPerUnit = 256;
     const uint32_t alphaBytesPerMb = bytesPerUnit * static_cast<uint32_t>(alphaCoder.bufferUnits);
     mbCount_ = size_t{mbWidth} * mbHeight;

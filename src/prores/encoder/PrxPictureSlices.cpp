@@ -6,27 +6,28 @@
 #include <algorithm>
 #include <bit>
 
-namespace {
-
-uint8_t* Reserve(PrxScratchBuffer& buffer, size_t size) {
-    uint8_t* bytes = buffer.Reserve(size);
-    if (bytes == nullptr) throw PrxOutOfMemory();
-    return bytes;
-}
-
-} // namespace
-
 void PrxPictureSlices::LayOut(uint32_t mbWidth, uint32_t mbHeight, uint32_t blocksPerMb,
                               uint32_t alphaBytesPerMb) {
     const bool isSame = mbWidth == mbWidth_ && mbHeight == mbHeight_ && blocksPerMb == blocksPerMb_;
     if (!isSame) {
-        count_ = mbWidth_ = mbHeight_ = 0;
+        Forget();
         PlaceCoefficients(mbWidth, mbHeight, blocksPerMb);
         mbWidth_ = mbWidth;
         mbHeight_ = mbHeight;
         blocksPerMb_ = blocksPerMb;
     }
     PlaceAlpha(size_t{mbWidth} * mbHeight, alphaBytesPerMb);
+}
+
+void PrxPictureSlices::Forget() { count_ = mbWidth_ = mbHeight_ = 0; }
+
+uint8_t* PrxPictureSlices::Reserve(PrxScratchBuffer& buffer, size_t size) {
+    uint8_t* bytes = buffer.Reserve(size);
+    if (bytes == nullptr) {
+        Forget();
+        throw PrxOutOfMemory();
+    }
+    return bytes;
 }
 
 void PrxPictureSlices::PlaceCoefficients(uint32_t mbWidth, uint32_t mbHeight, uint32_t blocksPerMb) {

@@ -23,6 +23,11 @@ public:
     std::span<PrxSlice> Row(uint32_t row) { return All().subspan(size_t{row} * perRow_, perRow_); }
 
 private:
+    /// There are no slices any more.
+    void Forget();
+
+    /// Memory of one of the buffers below. Forgets the slices and throws if there is none.
+    uint8_t* Reserve(PrxScratchBuffer& buffer, size_t size);
     void PlaceCoefficients(uint32_t mbWidth, uint32_t mbHeight, uint32_t blocksPerMb);
     void PlaceAlpha(size_t mbCount, uint32_t bytesPerMb);
 

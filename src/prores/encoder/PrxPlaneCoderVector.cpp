@@ -120,8 +120,8 @@ HWY_INLINE bool WriteDc(const PrxPlaneLevels& plane, const OrderedLevels& ordere
     const DcValues values(ordered, plane.blockCount);
     for (uint32_t i = 1; i < plane.blockCount; i += groupSize) {
         const Group group = values.Differences(i);
-        if (values.Fit() && CodeBatch::Takes(group) && batch.RoomForGroups() > 0) {
-            batch.Add(group);
+        if (values.Fit() && CodeBatch::Takes(group) && batch.HasRoom(CodeBatch::BitsOf(group))) {
+            batch.Add(group, CodeBatch::BitsOf(group));
             statistics->dcBits += Sum(group.lastLength);
             statistics->dcChanges += values.CountChanges(i);
             continue;
@@ -133,39 +133,43 @@ HWY_INLINE bool WriteDc(const PrxPlaneLevels& plane, const OrderedLevels& ordere
     return true;
 }
 
-/// Adds groups of levels, from `from` on, to a batch, until one that it does not take, until it is full or
+/// How a group's bits are compared with a batch's room: by the most that they could be, or summed up.
+enum class Room { Ample, Scarce };
+
+/// Adds groups of levels, from `from` on, to a batch, until one that it does not take or have room for, or
 /// until all are added. Returns the first level that was not added. Calls nothing, so that all constants stay
 /// in registers.
+template <Room room>
 HWY_NOINLINE size_t AddLevels(const PrxLevelList& list, size_t from, CodeBatch& batch,
                               PrxPlaneStatistics* statistics) {
-    const size_t full = from + batch.RoomForGroups() * groupSize;
-    const size_t end = std::min(list.count, full);
     V16 runLength = hn::Zero(D16());
     size_t i = from;
-    for (; i < end; i += groupSize) {
+    for (; i < list.count; i += groupSize) {
         const Group group = LevelGroup(list, i);
         if (!CodeBatch::Takes(group)) break;
-        batch.Add(group);
+        const size_t bits = room == Room::Ample ? CodeBatch::mostBits : CodeBatch::BitsOf(group);
+        if (!batch.HasRoom(bits)) break;
+        batch.Add(group, bits);
         runLength = hn::Add(runLength, group.firstLength);
     }
     statistics->runBits += Sum(runLength);
     return std::min(i, list.count);
 }
 
-/// Writes the levels; where the budget comes to its end or a code is long, one by one. Returns how many
-/// fitted.
+/// Writes the levels; a group with a long code, or with the end of the budget in it, one by one. Returns how
+/// many fitted.
 HWY_INLINE size_t WriteLevels(const PrxLevelList& list, CodeBatch& batch, PrxBitWriter& writer,
                               PrxPlaneStatistics* statistics) {
-    size_t i = AddLevels(list, 0, batch, statistics);
+    size_t i = AddLevels<Room::Ample>(list, 0, batch, statistics);
     batch.Flush();
     while (i < list.count) {
-        const size_t groupEnd = std::min(i + groupSize, list.count);
-        const size_t next = PrxCodeLevels(list, i, groupEnd, writer, statistics);
-        if (next < groupEnd) return next;
-        i = AddLevels(list, next, batch, statistics);
+        i = AddLevels<Room::Scarce>(list, i, batch, statistics);
         batch.Flush();
+        const size_t groupEnd = std::min(i + groupSize, list.count);
+        i = PrxCodeLevels(list, i, groupEnd, writer, statistics);
+        if (i < groupEnd) break;
     }
-    return list.count;
+    return i;
 }
 
 PrxPlaneStatistics WritePlane(const PrxPlaneLevels& plane, PrxBitWriter& writer) {

@@ -30,8 +30,9 @@ int64_t PrxSumBodies(std::span<const PrxSlice> slices);
 void PrxChooseQuantIndices(std::span<PrxSlice> slices, const PrxPictureBudget& budget,
                            uint32_t startQuantIndex, int32_t chromaFormat);
 
-/// Gives the slices of a picture that still takes more than `budget.high` budgets whose sum is within it.
-/// Small slices get what they take. Returns false, with no use for another pass, if nothing can be shared.
+/// Gives the slices of a picture that still takes more than `budget.high` budgets of 0 or more whose sum is
+/// within it. Small slices get what they take. Returns false, with no use for another pass, if nothing can be
+/// shared.
 bool PrxShareBudget(std::span<PrxSlice> slices, const PrxPictureBudget& budget);
 
 /// How a slice that passes its `budgetHigh` is to be coded again.
@@ -40,6 +41,6 @@ struct PrxSliceFit {
     PrxPlaneBudgets budgets; ///< together `budgetHigh`
 };
 
-/// Chooses the scale at which `slice` is thought to take its `budgetLow`, and shares its `budgetHigh` among
-/// its planes. Called once the slice's budgets are set; keeps its estimates in the slice.
+/// Chooses the scale at which `slice` is thought to take its `budgetLow`, and shares its `budgetHigh`, 0 or
+/// more, among its planes. Called once the slice's budgets are set; keeps its estimates in the slice.
 PrxSliceFit PrxFitSlice(PrxSlice& slice, int32_t chromaFormat);

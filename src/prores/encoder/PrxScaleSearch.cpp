@@ -47,7 +47,7 @@ public:
         const int64_t wantedLow = Interpolated(budget_.low - sums.frozen, sums);
         const int64_t high = budget_.high - sums.frozen;
         const int64_t wantedHigh = sums.before >= high ? Interpolated(high, sums) : 65536;
-        const uint32_t index = PrxQuantIndexOf(RoundedScale(wantedLow));
+        const uint32_t index = PrxQuantIndexOf(PrxRoundScale(wantedLow));
         // What is rounded down must not lead beyond the high budget.
         const bool tooFine = wantedHigh > int64_t{PrxQuantiserOf(index)} << 16;
         return tooFine ? std::min(index + 1, prxMaxQuantIndex) : index;
@@ -92,14 +92,6 @@ private:
 
     int64_t Interpolated(int64_t target, const Sums& sums) const {
         return PrxInterpolateScale(target, scale_ / 3, sums.before, scale_, sums.after);
-    }
-
-    /// The nearest scale in steps of 1, of 2 and then of 4, halves up, to a scale of 16.16.
-    static int64_t RoundedScale(int64_t scale) {
-        const int64_t whole = (scale + (1 << 15)) >> 16;
-        if (whole <= 36) return whole;
-        const int64_t even = ((scale + (1 << 16)) >> 17) * 2;
-        return even < 129 ? even : ((scale + (1 << 17)) >> 18) * 4;
     }
 
     std::span<PrxSlice> slices_;

@@ -3,7 +3,7 @@
 #include "prores/encoder/PrxRateControl.h"
 #include "prores/encoder/PrxScale.h"
 
-#include <algorithm>
+#include <cassert>
 #include <numeric>
 
 namespace {
@@ -45,24 +45,27 @@ ScaledPlanes ChooseScale(PrxSlice& slice, int32_t chromaFormat) {
 }
 
 /// Shares `budget` among the planes by their `sizes`. Each keeps its DC values if there is room for them all.
-PrxPlaneBudgets ShareAmongPlanes(int64_t budget, const std::array<int32_t, 3>& sizes,
+///
+/// No share is below 0, which would be no limit at all. Luma takes a byte or more, as its first DC value
+/// does, so that of `n` bytes to share chroma gets less than `n` before it is rounded, and of each plane at
+/// most a half is added by that: less than `n` + 1 in all, and `n` at most in whole bytes.
+PrxPlaneBudgets ShareAmongPlanes(int32_t budget, const std::array<int32_t, 3>& sizes,
                                  const std::array<int32_t, 3>& dcSizes) {
+    assert(budget >= 0 && sizes[0] > 0);
     const bool reserve = Sum(dcSizes) < budget;
-    const int64_t all = std::max(Sum(sizes), 1);
-    const int64_t share = (budget - (reserve ? Sum(dcSizes) : 0)) * 65536 / all;
+    const int64_t share = int64_t{budget - (reserve ? Sum(dcSizes) : 0)} * 65536 / Sum(sizes);
     const auto chroma = [&](size_t plane) {
-        return ((sizes[plane] * share + 32768) >> 16) + (reserve ? dcSizes[plane] : 0);
+        return static_cast<int32_t>((sizes[plane] * share + 32768) >> 16) + (reserve ? dcSizes[plane] : 0);
     };
-    // A budget below 0 would be none at all.
-    const int64_t cb = std::clamp<int64_t>(chroma(1), 0, budget);
-    const int64_t cr = std::clamp<int64_t>(chroma(2), 0, budget - cb);
-    return {static_cast<int32_t>(budget - cb - cr), static_cast<int32_t>(cb), static_cast<int32_t>(cr)};
+    const int32_t cb = chroma(1);
+    const int32_t cr = chroma(2);
+    return {budget - cb - cr, cb, cr};
 }
 
 } // namespace
 
 PrxSliceFit PrxFitSlice(PrxSlice& slice, int32_t chromaFormat) {
     const ScaledPlanes wanted = ChooseScale(slice, chromaFormat);
-    const int64_t budget = std::max(slice.budgetHigh, 0);
-    return {PrxQuantIndexOf(wanted.scale), ShareAmongPlanes(budget, wanted.planes, slice.DcSizes())};
+    return {PrxQuantIndexOf(wanted.scale),
+            ShareAmongPlanes(slice.budgetHigh, wanted.planes, slice.DcSizes())};
 }

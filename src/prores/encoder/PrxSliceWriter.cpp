@@ -11,9 +11,6 @@ constexpr uint32_t maxBitsOfCoefficient = 35;
 constexpr uint32_t maxBytesOfBlock = 64 * maxBitsOfCoefficient / 8;
 constexpr uint32_t maxHeaderSize = 8;
 
-/// Bytes of slice and alpha that the default budgets share out.
-constexpr int32_t defaultRoom = 65541;
-
 std::array<PrxPlaneLevels, 3> PlanesOf(const PrxSliceInput& slice) {
     const uint32_t lumaBlocks = 4U << slice.log2Width;
     const uint32_t chromaBlocks = (slice.blocksPerMb - 4) / 2 << slice.log2Width;
@@ -21,11 +18,6 @@ std::array<PrxPlaneLevels, 3> PlanesOf(const PrxSliceInput& slice) {
     return {{{slice.levels, 64, lumaBlocks, slice.interlaced},
              {chroma, 128, chromaBlocks, slice.interlaced},
              {chroma + 64, 128, chromaBlocks, slice.interlaced}}};
-}
-
-PrxPlaneBudgets DefaultBudgets(const PrxSliceInput& slice) {
-    const int32_t room = defaultRoom - slice.alphaSize - slice.headerSize;
-    return {room / 2 - 6, room / 4, room / 4};
 }
 
 void SetSliceSize(const PrxSliceInput& slice, PrxSliceOutcome* outcome) {
@@ -47,6 +39,12 @@ void WriteHeader(const PrxSliceInput& slice, const PrxSliceOutcome& outcome, uin
 
 } // namespace
 
+PrxPlaneBudgets PrxDefaultBudgets(int32_t alphaSize, int32_t headerSize) {
+    constexpr int32_t sharedOut = 65541;
+    const int32_t room = sharedOut - alphaSize - headerSize;
+    return {room / 2 - 6, room / 4, room / 4};
+}
+
 uint32_t PrxSliceCapacity(uint32_t log2Width, uint32_t blocksPerMb) {
     return maxHeaderSize + (blocksPerMb << log2Width) * maxBytesOfBlock;
 }
@@ -67,7 +65,7 @@ PrxSliceOutcome PrxWriteSlice(const PrxPlaneCoder& coder, const PrxSliceInput& s
     assert(slice.headerSize == 6 || slice.headerSize == 8);
     assert(capacity >= static_cast<uint32_t>(slice.headerSize));
     const auto planes = PlanesOf(slice);
-    const PrxPlaneBudgets own = limit > 0 ? budgets : DefaultBudgets(slice);
+    const PrxPlaneBudgets own = limit > 0 ? budgets : PrxDefaultBudgets(slice.alphaSize, slice.headerSize);
     PrxSliceOutcome outcome;
     int64_t room = int64_t{capacity} - slice.headerSize;
     int64_t unused = 0;

@@ -29,6 +29,10 @@ struct PrxSliceOutcome {
 /// Most bytes that each plane may take.
 using PrxPlaneBudgets = std::array<int32_t, 3>;
 
+/// The budgets of a slice that has none of its own. Together with `alphaSize` bytes of alpha and the header
+/// they have a size of 16 bits. Planes of the levels that rate control lets through stay far below them.
+PrxPlaneBudgets PrxDefaultBudgets(int32_t alphaSize, int32_t headerSize);
+
 /// Bytes that no slice of this shape passes, whatever its levels and budgets.
 uint32_t PrxSliceCapacity(uint32_t log2Width, uint32_t blocksPerMb);
 

@@ -102,8 +102,12 @@ bool ReadPicture(const PrxBufferPiece& data, const PrxFrameHeader& header, uint3
         uint32_t left = layout.mbWidth, width = 0;
         for (uint32_t k = 0; k <= i % layout.slicesPerRow; ++k, left -= width)
             width = PrxNextSliceWidth(layout.sliceMbWidth, left);
-        out->slices.push_back(
-            {slice.headerSize, PrxByteAt(next, 1), size, slice.alphaSize, static_cast<int32_t>(width)});
+        out->slices.push_back({slice.headerSize,
+                               PrxByteAt(next, 1),
+                               size,
+                               slice.alphaSize,
+                               static_cast<int32_t>(width),
+                               {slice.lumaSize, slice.cbSize, slice.crSize}});
         next = PrxAdvance(next, size);
     }
     return next.size == 0;

@@ -4,6 +4,7 @@
 #include "prores/PrxFormats.h"
 #include "prores/PrxHeaders.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -71,6 +72,7 @@ struct CodedSlice {
     uint32_t size;      ///< bytes, with the alpha
     uint32_t alphaSize; ///< bytes
     int32_t mbCount;
+    std::array<uint32_t, 3> planeSize; ///< bytes of Y', Cb and Cr
 };
 struct CodedPicture {
     uint32_t size;            ///< bytes

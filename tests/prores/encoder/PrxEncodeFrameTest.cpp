@@ -135,6 +135,18 @@ TEST(EncodeFrame, TakesACodecThatIsNoneLikeAp4xWithoutItsRate) {
     EXPECT_EQ(ReadHeader(frame.bytes).lumaMatrix[0], 2);
 }
 
+TEST(EncodeFrame, GivesACodecThatIsNoneTheRateOfApchAlsoIn444) {
+    const EncoderPtr encoder = MakeEncoder();
+    for (const uint32_t format : {prxFormatV216, prxFormatY416}) {
+        const InputPicture picture = MakePicture(format, 1280, 720, Content::Noise);
+        const CodedFrame frame = Encode(encoder.get(), {0x78787878, 0, 0}, picture.buffer);
+        ASSERT_EQ(frame.result, 0);
+        const auto target = static_cast<double>(BoundOf(hq, 1280, 720));
+        EXPECT_LE(static_cast<double>(frame.bytes.size()), target);
+        EXPECT_GT(static_cast<double>(frame.bytes.size()), target * 0.8);
+    }
+}
+
 TEST(EncodeFrame, LeavesRoomForTheAlphaOfACodecThatIsNone) {
     const EncoderPtr encoder = MakeEncoder();
     const InputPicture picture = MakePicture(prxFormatB64a, 1024, 128, Content::Noise);
@@ -179,38 +191,39 @@ TEST(EncodeFrame, TellsTheSourceFormatAsTheCallerGaveIt) {
     }
 }
 
-TEST(EncodeFrame, KeepsAnInterlaceModeThatIsNoneInTheHeaderOfAProgressiveFrame) {
+TEST(EncodeFrame, KeepsTwoBitsOfAnInterlaceModeThatIsNoneInTheHeaderOfAProgressiveFrame) {
     const EncoderPtr encoder = MakeEncoder();
     const InputPicture picture = MakePicture(prxFormatV216, 32, 33, Content::Ramps);
-    const CodedFrame frame = Encode(encoder.get(), {prxCodecApch, 3, 0}, picture.buffer);
-    ASSERT_EQ(frame.result, 0);
-    EXPECT_EQ(ReadHeader(frame.bytes).interlaceMode, 3);
-    ASSERT_EQ(ReadPictures(frame.bytes).size(), 1U);
-    EXPECT_EQ(ReadPictures(frame.bytes)[0].slices.size(), 3U);
-    CodedFrame progressive = Encode(encoder.get(), hq, picture.buffer);
-    progressive.bytes[20] |= 3 << 2;
-    EXPECT_EQ(frame.bytes, progressive.bytes);
+    const CodedFrame progressive = Encode(encoder.get(), hq, picture.buffer);
+    ASSERT_EQ(ReadPictures(progressive.bytes).at(0).slices.size(), 3U);
+    for (const auto& [mode, bits] : {std::pair(3, 3), std::pair(4, 0), std::pair(5, 1), std::pair(6, 2),
+                                     std::pair(-1, 3), std::pair(-4, 0)}) {
+        const CodedFrame frame = Encode(encoder.get(), {prxCodecApch, mode, 0}, picture.buffer);
+        ASSERT_EQ(frame.result, 0);
+        EXPECT_EQ(ReadHeader(frame.bytes).interlaceMode, bits) << mode;
+        EXPECT_EQ(ReadHeader(frame.bytes).chromaFormat, prxChroma422) << mode;
+        std::vector<uint8_t> expected = progressive.bytes;
+        expected[20] = static_cast<uint8_t>(expected[20] | bits << 2);
+        EXPECT_EQ(frame.bytes, expected) << mode;
+    }
 }
 
 // Alpha
 
-TEST(EncodeFrame, CodesNoAlphaForA422Codec) {
+void Expect422WithoutAlpha(const PrxEncodeSettings& settings, uint32_t pixelFormat) {
     const EncoderPtr encoder = MakeEncoder();
-    const InputPicture picture = MakePicture(prxFormatB64a, 64, 32, Content::Noise);
-    const CodedFrame frame = Encode(encoder.get(), {prxCodecApch, 0, 1}, picture.buffer);
+    const InputPicture picture = MakePicture(pixelFormat, 64, 32, Content::Noise);
+    const CodedFrame frame = Encode(encoder.get(), settings, picture.buffer);
     EXPECT_EQ(ReadHeader(frame.bytes).chromaFormat, 2);
     EXPECT_EQ(ReadHeader(frame.bytes).alphaType, 0);
     EXPECT_EQ(ReadPictures(frame.bytes).at(0).slices.at(0).headerSize, 6U);
     EXPECT_TRUE(frame.allOpaque);
 }
 
+TEST(EncodeFrame, CodesNoAlphaForA422Codec) { Expect422WithoutAlpha({prxCodecApch, 0, 1}, prxFormatB64a); }
+
 TEST(EncodeFrame, CodesNoAlphaForA422FormatInA4444Codec) {
-    const EncoderPtr encoder = MakeEncoder();
-    const InputPicture picture = MakePicture(prxFormat2vuy, 64, 32, Content::Noise);
-    const CodedFrame frame = Encode(encoder.get(), {prxCodecAp4h, 0, 1}, picture.buffer);
-    EXPECT_EQ(ReadHeader(frame.bytes).chromaFormat, 2);
-    EXPECT_EQ(ReadHeader(frame.bytes).alphaType, 0);
-    EXPECT_EQ(ReadPictures(frame.bytes).at(0).slices.at(0).headerSize, 6U);
+    Expect422WithoutAlpha({prxCodecAp4h, 0, 1}, prxFormat2vuy);
 }
 
 TEST(EncodeFrame, HasAnAlphaSizeInEachSliceWithAlpha) {
@@ -271,6 +284,22 @@ TEST(EncodeFrame, WritesAFieldWithoutRowsAsAPictureOf8Bytes) {
         ASSERT_EQ(pictures.size(), 2U);
         EXPECT_EQ(pictures[interlaceMode == 1 ? 1 : 0].size, 8U);
         EXPECT_GT(pictures[interlaceMode == 1 ? 0 : 1].size, 8U);
+    }
+}
+
+TEST(EncodeFrame, OfOneRowInFieldsIsDecodedOnlyByAFirstFieldThatHasTheRow) {
+    // A picture without rows of macroblocks is a damaged one to the decoder.
+    const EncoderPtr encoder = MakeEncoder();
+    const DecoderPtr decoder(PrxCreateDecoder(1, nullptr));
+    const InputPicture picture = MakePicture(prxFormatV216, 32, 1, Content::Noise);
+    for (const int32_t interlaceMode : {1, 2}) {
+        const auto frame = Encode(encoder.get(), {prxCodecApch, interlaceMode, 0}, picture.buffer).bytes;
+        std::vector<uint8_t> row(128);
+        const PrxPixelBuffer target = {row.data(), 128, prxFormatV216, 32, 1};
+        const auto size = static_cast<int32_t>(frame.size());
+        EXPECT_EQ(PrxDecodeFrame(decoder.get(), frame.data(), size, &target, 0, 0), -2);
+        EXPECT_EQ(PrxDecodeFrame(decoder.get(), frame.data(), size, &target, 1, 0),
+                  interlaceMode == 1 ? size : -2);
     }
 }
 

@@ -81,6 +81,24 @@ TEST(EncodeRowSizes, RowsOfJustTheirPixelsAreEncodedInBothDirections) {
     });
 }
 
+TEST(EncodeRowSizes, OfAPictureOfOneRowDoNotMatter) {
+    const EncoderPtr encoder = MakeEncoder();
+    ForAllInputs([&](const PrxEncodeSettings& settings, uint32_t format) {
+        if (format == prxFormatV210) return;
+        const InputPicture picture = MakePicture(format, 13, 1, Content::Noise);
+        const std::vector<uint8_t> original = picture.bytes;
+        const std::vector<uint8_t> expected = Encode(encoder.get(), settings, picture.buffer).bytes;
+        for (const int32_t rowBytes : {0, 1, -1, std::numeric_limits<int32_t>::max()})
+            for (const auto guard : {GuardedBytes::Guard::Behind, GuardedBytes::Guard::Before}) {
+                const GuardedBytes row(original.size(), guard);
+                std::ranges::copy(original, row.data());
+                const PrxPixelBuffer buffer = {row.data(), rowBytes, format, 13, 1};
+                ASSERT_EQ(Encode(encoder.get(), settings, buffer).bytes, expected)
+                    << format << ", row of " << rowBytes;
+            }
+    });
+}
+
 /// Everything but the frame header, which tells the pixel format.
 std::vector<uint8_t> BehindHeader(const std::vector<uint8_t>& frame) {
     return {frame.begin() + 8 + 148, frame.end()};

@@ -1,6 +1,6 @@
-#include "prores/NoMemory.h"
 #include "prores/encoder/EncodeFixture.h"
 #include "prores/encoder/PrxEncoder.h"
+#include "support/HeapSpy.h"
 
 #include <gtest/gtest.h>
 
@@ -13,25 +13,34 @@ constexpr PrxEncodeSettings hq{prxCodecApch, 0, 0};
 
 /// Encodes `picture` while allocations of the form fail, and then again with memory.
 void ExpectFailureThenSuccess(PrxEncoderRef encoder, const PrxPixelBuffer& picture, Allocation form,
-                              size_t leastSize) {
+                              size_t leastSize, const PrxEncodeSettings& settings = hq) {
     {
-        const std::vector<uint8_t> expected = Encode(MakeEncoder().get(), hq, picture).bytes;
         int32_t capacity = 0;
-        PrxGetMaxFrameSize(hq.codecType, 0, picture.width, picture.height, &capacity, nullptr);
+        PrxGetMaxFrameSize(settings.codecType, settings.hasAlpha, picture.width, picture.height, &capacity,
+                           nullptr);
         std::vector<uint8_t> output(static_cast<size_t>(capacity));
         int32_t size = 77;
         const NoMemory noMemory(form, leastSize);
-        EXPECT_THROW(PrxEncodeFrame(encoder, &hq, &picture, output.data(), capacity, &size, nullptr),
+        EXPECT_THROW(PrxEncodeFrame(encoder, &settings, &picture, output.data(), capacity, &size, nullptr),
                      std::bad_alloc);
         EXPECT_EQ(size, 77);
     }
-    EXPECT_EQ(Encode(encoder, hq, picture).bytes, Encode(MakeEncoder().get(), hq, picture).bytes);
+    EXPECT_EQ(Encode(encoder, settings, picture).bytes, Encode(MakeEncoder().get(), settings, picture).bytes);
 }
 
 TEST(EncoderMemory, ThrowsForWantOfCoefficientsAndGoesOn) {
     const EncoderPtr encoder = MakeEncoder();
     const InputPicture picture = MakePicture(prxFormatV216, 640, 480, Content::Noise);
     ExpectFailureThenSuccess(encoder.get(), picture.buffer, Allocation::Aligned, 500000);
+}
+
+TEST(EncoderMemory, ThrowsForWantOfRoomForAlphaAndGoesOn) {
+    // The same picture without alpha finds all other memory.
+    const EncoderPtr encoder = MakeEncoder();
+    const InputPicture picture = MakePicture(prxFormatB64a, 640, 480, Content::Noise);
+    ASSERT_EQ(Encode(encoder.get(), {prxCodecAp4h, 0, 0}, picture.buffer).result, 0);
+    ExpectFailureThenSuccess(encoder.get(), picture.buffer, Allocation::Aligned, 900000,
+                             {prxCodecAp4h, 0, 1});
 }
 
 TEST(EncoderMemory, ThrowsForWantOfSlicesAndGoesOn) {

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <functional>
 #include <new>
+#include <ostream>
+#include <string>
 #include <vector>
 
 namespace {
@@ -43,33 +45,70 @@ constexpr int32_t height = 80;
 constexpr size_t sliceCount = 5 * 4; // 15 macroblocks: slices of 8, 4, 2 and 1
 constexpr int64_t overhead = 8 + 8 * static_cast<int64_t>(sliceCount);
 
+/// What kind of picture is encoded; of an interlaced one, each field has `height` rows.
+struct Kind {
+    const char* name;
+    uint32_t pixelFormat;
+    int32_t chromaFormat;
+    bool hasAlpha;
+    bool isField;
+};
+constexpr Kind plainKind = {"Plain", prxFormatV216, prxChroma422, false, false};
+
+void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
+
 struct Encoded {
     std::vector<uint8_t> bytes;
     bool allOpaque;
     Watched seen;
 
+    /// Bytes of slice `i` with its alpha, and where they start.
+    size_t SliceSize(size_t i) const { return static_cast<size_t>(bytes[8 + 2 * i] << 8 | bytes[9 + 2 * i]); }
+    std::vector<size_t> SlicePlaces() const {
+        std::vector<size_t> places = {8 + 2 * sliceCount};
+        for (size_t i = 0; i + 1 < sliceCount; ++i)
+            places.push_back(places.back() + SliceSize(i));
+        return places;
+    }
     std::vector<uint32_t> Indices() const {
         std::vector<uint32_t> indices;
-        size_t at = 8 + 2 * sliceCount;
-        for (size_t i = 0; i < sliceCount; ++i) {
-            indices.push_back(bytes[at + 1]);
-            at += static_cast<size_t>(bytes[8 + 2 * i] << 8 | bytes[9 + 2 * i]);
-        }
+        for (const size_t place : SlicePlaces())
+            indices.push_back(bytes[place + 1]);
         return indices;
+    }
+    /// Bytes of alpha, and of the fields that tell where it stands.
+    int64_t AlphaSize() const {
+        size_t size = 0;
+        const std::vector<size_t> places = SlicePlaces();
+        for (size_t i = 0; i < sliceCount; ++i) {
+            const uint8_t* slice = bytes.data() + places[i];
+            size_t colors = slice[0] / 8U;
+            for (size_t plane = 0; plane < 3; ++plane)
+                colors += static_cast<size_t>(slice[2 + 2 * plane] << 8 | slice[3 + 2 * plane]);
+            size += SliceSize(i) - colors + 2;
+        }
+        return static_cast<int64_t>(size);
     }
 };
 
 /// Encodes a picture with one worker.
-Encoded EncodePicture(Content content, PrxRateTarget target) {
-    const InputPicture picture = MakePicture(prxFormatV216, width, height, content);
-    const PrxPictureSource source{
-        picture.buffer.baseAddress, picture.buffer.rowBytes, prxFormatV216, width, height, false};
+Encoded EncodePicture(Content content, PrxRateTarget target, const Kind& kind = plainKind) {
+    const int32_t rowsApart = kind.isField ? 2 : 1;
+    const InputPicture picture = MakePicture(kind.pixelFormat, width, rowsApart * height, content);
+    const PrxPictureSource source{picture.buffer.baseAddress,
+                                  ptrdiff_t{rowsApart} * picture.buffer.rowBytes,
+                                  kind.pixelFormat,
+                                  width,
+                                  height,
+                                  kind.isField};
     const PrxThreadPoolPtr pool(PrxThreadPool::create(1, nullptr, watchingClient));
     PrxPictureEncoder encoder;
-    Encoded encoded{std::vector<uint8_t>(static_cast<size_t>(target.targetHigh)), false, {}};
+    const size_t alphaRoom = kind.hasAlpha ? size_t{3} * width * height : 0;
+    Encoded encoded{std::vector<uint8_t>(static_cast<size_t>(target.targetHigh) + alphaRoom), false, {}};
     watched = {};
-    const PrxCodedPicture coded =
-        encoder.Encode(*pool, source, target, PrxChooseAlphaCoder(false, prxFormatV216), encoded.bytes);
+    target.chromaFormat = kind.chromaFormat;
+    const PrxCodedPicture coded = encoder.Encode(
+        *pool, source, target, PrxChooseAlphaCoder(kind.hasAlpha, kind.pixelFormat), encoded.bytes);
     encoded.bytes.resize(coded.size);
     encoded.allOpaque = coded.allOpaque;
     encoded.seen = watched;
@@ -135,14 +174,33 @@ TEST(PictureEncoder, TakesIndex224AndThenBudgetsForNoiseThatStaysAboveItsTarget)
     EXPECT_LE(static_cast<int64_t>(encoded.bytes.size()), full / 20);
 }
 
-TEST(PictureEncoder, StaysWithinEveryTargetThatHoldsTheSliceTable) {
+class PictureEncoderOf : public testing::TestWithParam<Kind> {};
+
+TEST_P(PictureEncoderOf, StaysWithinEveryTargetThatHoldsTheSliceTable) {
+    bool hasFit = false;
     for (const Content content : {Content::Flat, Content::Ramps, Content::Noise}) {
-        for (int64_t high = overhead + 40; high < 60000; high += high / 7) {
-            const Encoded encoded = EncodePicture(content, TargetOf(2, high, high * 8 / 9));
-            ASSERT_LE(static_cast<int64_t>(encoded.bytes.size()), high);
+        for (int64_t high = overhead + 40; high < 120000; high += high / 7) {
+            const Encoded encoded = EncodePicture(content, TargetOf(2, high, high * 8 / 9), GetParam());
+            const int64_t alphaSize = GetParam().hasAlpha ? encoded.AlphaSize() : 0;
+            ASSERT_LE(static_cast<int64_t>(encoded.bytes.size()) - alphaSize, high);
+            hasFit |= encoded.seen.passes.back() == PrxCodingPass::Fit;
         }
     }
+    EXPECT_TRUE(hasFit);
 }
+
+constexpr Kind kinds[] = {
+    plainKind,
+    {"Field", prxFormatV216, prxChroma422, false, true},
+    {"RgbIn422", prxFormatB64a, prxChroma422, false, false},
+    {"FullChroma", prxFormatY416, prxChroma444, false, false},
+    {"FullChromaWithAlphaOf8Bits", prxFormatY408, prxChroma444, true, false},
+    {"FullChromaWithAlphaOf16Bits", prxFormatY416, prxChroma444, true, false},
+    {"FieldOfFullChromaWithAlpha", prxFormatB64a, prxChroma444, true, true},
+};
+
+INSTANTIATE_TEST_SUITE_P(EachKind, PictureEncoderOf, testing::ValuesIn(kinds),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST(PictureEncoder, IsOpaqueWithoutAlpha) {
     EXPECT_TRUE(EncodePicture(Content::Noise, TargetOf(2, 1 << 20, 1 << 20)).allOpaque);

@@ -1,7 +1,10 @@
 #include "prores/encoder/PrxPictureSlices.h"
 
+#include "support/HeapSpy.h"
+
 #include <gtest/gtest.h>
 
+#include <new>
 #include <vector>
 
 namespace {
@@ -88,6 +91,21 @@ TEST(PictureSlices, AreNoneInAPictureWithoutRows) {
     slices.LayOut(8, 2, 8, 512);
     slices.LayOut(8, 0, 8, 512);
     EXPECT_TRUE(slices.All().empty());
+}
+
+TEST(PictureSlices, AreNoneAfterAFailureAndAllOfThemAfterTheNextSuccess) {
+    PrxPictureSlices slices;
+    slices.LayOut(11, 2, 12, 0);
+    {
+        const NoMemory noMemory(Allocation::Aligned, 1024);
+        EXPECT_THROW(slices.LayOut(11, 2, 12, 768), std::bad_alloc);
+        EXPECT_TRUE(slices.All().empty());
+        EXPECT_THROW(slices.LayOut(40, 20, 12, 0), std::bad_alloc);
+        EXPECT_TRUE(slices.All().empty());
+    }
+    slices.LayOut(11, 2, 12, 768);
+    EXPECT_EQ(WidthsOf(slices.All()), (std::vector<uint32_t>{8, 2, 1, 8, 2, 1}));
+    EXPECT_NE(slices.All()[5].alphaData, nullptr);
 }
 
 } // namespace

@@ -30,4 +30,33 @@ TEST(QuantIndex, LimitsTheScaleTo1And512) {
     EXPECT_EQ(PrxQuantIndexOf(100000), 224U);
 }
 
+/// A scale of 16.16, to the nearest 65536th.
+constexpr int64_t Fixed(double scale) { return static_cast<int64_t>(scale * 65536 + 0.5); }
+
+TEST(RoundScale, IsWholeUpTo36) {
+    EXPECT_EQ(PrxRoundScale(Fixed(1)), 1);
+    EXPECT_EQ(PrxRoundScale(Fixed(35.49)), 35);
+    EXPECT_EQ(PrxRoundScale(Fixed(35.5)), 36);
+    EXPECT_EQ(PrxRoundScale(Fixed(36.49)), 36);
+}
+
+TEST(RoundScale, IsEvenFromThereOnToBelow129) {
+    EXPECT_EQ(PrxRoundScale(Fixed(36.5)), 36);
+    EXPECT_EQ(PrxRoundScale(Fixed(36.99)), 36);
+    EXPECT_EQ(PrxRoundScale(Fixed(37)), 38);
+    EXPECT_EQ(PrxRoundScale(Fixed(38.99)), 38);
+    EXPECT_EQ(PrxRoundScale(Fixed(39)), 40);
+    EXPECT_EQ(PrxRoundScale(Fixed(127.99)), 128);
+    EXPECT_EQ(PrxRoundScale(Fixed(128.99)), 128);
+}
+
+TEST(RoundScale, IsAMultipleOf4WhereTheEvenOneWouldBeMoreThan128) {
+    EXPECT_EQ(PrxRoundScale(Fixed(129)), 128);
+    EXPECT_EQ(PrxRoundScale(Fixed(129.99)), 128);
+    EXPECT_EQ(PrxRoundScale(Fixed(130)), 132);
+    EXPECT_EQ(PrxRoundScale(Fixed(131)), 132);
+    EXPECT_EQ(PrxRoundScale(Fixed(133.99)), 132);
+    EXPECT_EQ(PrxRoundScale(Fixed(134)), 136);
+}
+
 } // namespace

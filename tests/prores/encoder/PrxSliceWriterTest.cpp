@@ -189,6 +189,31 @@ TEST(PrxSliceWriter, BudgetsOf0LeaveTheHeaderAlone) {
     EXPECT_TRUE(std::ranges::equal(std::span(written.bytes).subspan(2), stream::Bytes{0, 0, 0, 0}));
 }
 
+TEST(PrxDefaultBudgets, GiveLumaHalfOfTheRoomLess6BytesAndChromaAQuarterEach) {
+    EXPECT_EQ(PrxDefaultBudgets(0, 6), (PrxPlaneBudgets{32761, 16383, 16383}));
+    EXPECT_EQ(PrxDefaultBudgets(0, 8), (PrxPlaneBudgets{32760, 16383, 16383}));
+    EXPECT_EQ(PrxDefaultBudgets(1, 8), (PrxPlaneBudgets{32760, 16383, 16383}));
+    EXPECT_EQ(PrxDefaultBudgets(6144, 8), (PrxPlaneBudgets{29688, 14847, 14847}));
+}
+
+TEST(PrxDefaultBudgets, KeepSliceAndAlphaWithin16Bits) {
+    for (const int32_t headerSize : {6, 8}) {
+        for (int32_t alphaSize = 0; alphaSize < 60000; ++alphaSize) {
+            const PrxPlaneBudgets budgets = PrxDefaultBudgets(alphaSize, headerSize);
+            const int32_t size = headerSize + budgets[0] + budgets[1] + budgets[2] + alphaSize;
+            ASSERT_LE(size, 65535);
+            ASSERT_GE(size, 65535 - 3);
+        }
+    }
+}
+
+TEST(PrxDefaultBudgets, AreBeyondTheLargestPlaneOfAnySlice) {
+    // Each plane of a 4:4:4 slice has a third of its blocks. The most alpha is 3 bytes for each of its
+    // pixels.
+    const PrxPlaneBudgets least = PrxDefaultBudgets(3 * 128 * 16, 8);
+    EXPECT_GT(least[1], static_cast<int32_t>(PrxSliceCapacity(3, 12)) / 3);
+}
+
 TEST(PrxSliceWriter, WithoutALimitBudgetsDoNotCount) {
     std::mt19937 random = MakeRandom();
     const Slice slice = MakeSlice(random, 2, 8, 6, plane::AllFillings()[3]);

@@ -113,12 +113,25 @@ TEST(EncodedFidelity, FlatPicturesComeBackExact) {
     }
 }
 
-/// PSNR of luma, Cb and Cr after each of ten generations at HQ, which are printed too.
-std::vector<std::array<double, 3>> TenGenerations(float grain) {
-    Generations generations(width, height);
-    generations.Show(MakeCameraPicture(width, height, 0, grain));
+// What ten generations of HQ lose depends on the grain of the first picture.
+//
+// A picture that fits its frame at the finest scale loses up to about 1 dB each time. What is decoded has 13
+// bits and what is encoded 12, so that half of the samples are rounded up, and a level that comes half a step
+// short becomes the one below, whereas one that is half a step too large stays.
+//
+// Where rate control chose a scale, all levels of the next generation are multiples of it. If the search
+// comes to that scale again, as for a grain of 2 codes, nothing is lost. It may come to a coarser one, since
+// its prediction is made for levels of all sizes (`ScaleSearch` has a test of that): the second generation,
+// and sometimes the third, then loses up to 7 dB.
+
+using Curve = std::vector<std::array<double, 3>>; ///< dB of luma, Cb and Cr by generation
+
+/// The PSNR after each of ten generations at HQ, against the first source. It is printed too.
+Curve TenGenerations(float grain, int pictureWidth = width, int pictureHeight = height) {
+    Generations generations(pictureWidth, pictureHeight);
+    generations.Show(MakeCameraPicture(pictureWidth, pictureHeight, 0, grain));
     const Planes source = generations.Codes();
-    std::vector<std::array<double, 3>> curve;
+    Curve curve;
     for (int generation = 1; generation <= 10; ++generation) {
         const size_t size = generations.EncodeAndDecode(hq);
         curve.push_back(PsnrOf(generations.Codes(), source));
@@ -128,20 +141,35 @@ std::vector<std::array<double, 3>> TenGenerations(float grain) {
     return curve;
 }
 
-TEST(EncodedFidelity, TenGenerationsOfHqLoseLessThanOneDecibelAfterTheFirst) {
-    const auto curve = TenGenerations(2);
-    for (size_t i = 0; i < 3; ++i)
-        EXPECT_GT(curve.back()[i], curve.front()[i] - 1) << "component " << i;
+/// Expects that no component of a generation behind `generation`, counted from 1, is worse by `most` dB.
+void ExpectLittleLossAfter(const Curve& curve, size_t generation, double most) {
+    for (size_t later = generation; later < curve.size(); ++later)
+        for (size_t i = 0; i < 3; ++i)
+            EXPECT_GT(curve[later][i], curve[generation - 1][i] - most)
+                << "component " << i << ", generation " << later + 1;
 }
 
-// Where rate control has to choose a coarse scale, its prediction is not made for a picture whose levels have
-// all been rounded before, and the second generation may get a coarser one.
-TEST(EncodedFidelity, HeavyGrainLosesNothingAfterTheThirdGenerationOfHq) {
-    const auto curve = TenGenerations(5);
-    for (size_t i = 0; i < 3; ++i) {
-        EXPECT_GT(curve.back()[i], curve[2][i] - 0.1) << "component " << i;
-        EXPECT_GT(curve.back()[i], 48) << "component " << i;
-    }
+TEST(TenGenerationsOfHq, LoseNothingAfterTheFirstOnCameraMaterialOfBaseSensitivity) {
+    const Curve curve = TenGenerations(2);
+    EXPECT_GT(std::ranges::min(curve.front()), 60);
+    ExpectLittleLossAfter(curve, 1, 0.05);
+}
+
+TEST(TenGenerationsOfHq, LoseNothingAfterTheSecondOnCameraMaterialOfHighSensitivity) {
+    const Curve curve = TenGenerations(5);
+    EXPECT_GT(std::ranges::min(curve.front()), 52);
+    EXPECT_LT(curve[1][0], curve[0][0] - 2); // see above
+    EXPECT_GT(std::ranges::min(curve[1]), 48);
+    ExpectLittleLossAfter(curve, 2, 0.05);
+}
+
+TEST(TenGenerationsOfHq, LoseAboutADecibelEachOfAPictureThatFitsAtTheFinestScale) {
+    const Curve curve = TenGenerations(0.5F, 640, 360);
+    EXPECT_GT(std::ranges::min(curve.front()), 66);
+    for (size_t later = 1; later < curve.size(); ++later)
+        for (size_t i = 0; i < 3; ++i)
+            EXPECT_GT(curve[later][i], curve[later - 1][i] - 1.4) << "component " << i;
+    EXPECT_GT(std::ranges::min(curve.back()), 58);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Frames of the engine's encoder, decoded by the engine and by FFmpeg. The peer rounds to 10 or 12 bits by a
 // transform of its own, so pictures are close, not equal; alpha is coded without loss and must be the same.
 
-#include "prores/encoder/EncodeFixture.h"
+#include "prores/encoder/RateCases.h"
 #include "prores/peer/EnginePicture.h"
 #include "prores/peer/PeerDecoder.h"
 #include "prores/peer/PictureDifference.h"
@@ -105,6 +105,20 @@ TEST(PeerReadsEncodedNoise, OfEveryFormatLikeTheEngineDoes) {
         CompareInAllCodecs(MakePicture(format, 130, 98, Content::Noise));
     }
 }
+
+class PeerReadsBudgets : public testing::TestWithParam<RateCase> {};
+
+TEST_P(PeerReadsBudgets, LikeTheEngineDoes) {
+    const RateCase& test = GetParam();
+    const CodedFrame frame = Encode(MakeEncoder(2).get(), test.settings, MakeRateCase(test).buffer);
+    ASSERT_TRUE(HasBudgets(test, frame.bytes));
+    const DecoderPtr decoder(PrxCreateDecoder(2, nullptr));
+    const bool hasAlpha = test.settings.hasAlpha != 0;
+    EXPECT_GE(CompareFrame(decoder.get(), frame.bytes, test.settings.codecType, hasAlpha), leastPsnr);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfSlices, PeerReadsBudgets, testing::ValuesIn(rateCases),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 std::string NameOf(const testing::TestParamInfo<Size>& info) {
     return std::to_string(info.param.width) + "x" + std::to_string(info.param.height);

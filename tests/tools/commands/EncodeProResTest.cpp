@@ -3,6 +3,7 @@
 #include "ToolRun.h"
 
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -80,6 +81,27 @@ std::string EncodeLine(const Codec& codec, const std::string& from, const std::s
     return "encode " + from + " -o " + to + " --codec '" + codec.name + "' ";
 }
 
+/// Makes a movie of the pictures.
+void MakeMovie(const Workspace& workspace, const Codec& codec, const std::string& movie,
+               const std::string& options) {
+    const ProgramRun run =
+        RunTool(workspace, EncodeLine(codec, "in.%04d.png", movie) + "--fps 25 " + options);
+    ASSERT_EQ(run.status, 0) << run.err;
+}
+
+/// Runs `check` with a movie "out.mov" of the pictures in each field order.
+void ForEachFieldOrder(
+    const Codec& codec, const std::string& options,
+    const std::function<void(const Workspace& workspace, const std::string& order)>& check) {
+    const Workspace workspace;
+    ASSERT_NO_FATAL_FAILURE(MakePictures(workspace));
+    for (const std::string order : kFieldOrders) {
+        SCOPED_TRACE(order);
+        ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, codec, "out.mov", options + " --field-order " + order));
+        check(workspace, order);
+    }
+}
+
 class EncodeProRes : public testing::TestWithParam<Codec> {};
 class EncodeProRes444 : public EncodeProRes {};
 class EncodeProResFamilies : public EncodeProRes {};
@@ -88,13 +110,7 @@ class EncodeProResFamilies : public EncodeProRes {};
 
 TEST_P(EncodeProRes, MoviesOfImagesTellTheirPropertiesInEveryFieldOrder) {
     const Codec& codec = GetParam();
-    const Workspace workspace;
-    ASSERT_NO_FATAL_FAILURE(MakePictures(workspace));
-    for (const std::string order : kFieldOrders) {
-        SCOPED_TRACE(order);
-        const ProgramRun run = RunTool(workspace, EncodeLine(codec, "in.%04d.png", "out.mov") +
-                                                      "--fps 25 --field-order " + order);
-        ASSERT_EQ(run.status, 0) << run.err;
+    ForEachFieldOrder(codec, "", [&](const Workspace& workspace, const std::string& order) {
         const std::string probe = Probe(workspace, "out.mov");
         ExpectTold(probe, "codec_name", "prores");
         ExpectTold(probe, "profile", codec.profile);
@@ -109,23 +125,17 @@ TEST_P(EncodeProRes, MoviesOfImagesTellTheirPropertiesInEveryFieldOrder) {
         ExpectTold(probe, "color_primaries", "bt709");
         ExpectTold(probe, "r_frame_rate", "25/1");
         ExpectTold(probe, "nb_read_frames", std::to_string(kFrames));
-    }
+    });
 }
 
 TEST_P(EncodeProRes, MoviesOfImagesShowThemInEveryFieldOrder) {
     const Codec& codec = GetParam();
-    const Workspace workspace;
-    ASSERT_NO_FATAL_FAILURE(MakePictures(workspace));
-    for (const std::string order : kFieldOrders) {
-        SCOPED_TRACE(order);
-        const ProgramRun run = RunTool(workspace, EncodeLine(codec, "in.%04d.png", "out.mov") +
-                                                      "--fps 25 --field-order " + order);
-        ASSERT_EQ(run.status, 0) << run.err;
+    ForEachFieldOrder(codec, "", [&](const Workspace& workspace, const std::string& order) {
         ExpectDecodesWithoutAWord(workspace, "out.mov");
         const double psnr = ColorPsnr(workspace, "out.mov");
         std::printf("%s %s: %.1f dB\n", codec.tag, order.c_str(), psnr);
         EXPECT_GE(psnr, codec.leastPsnr);
-    }
+    });
 }
 
 TEST_P(EncodeProRes, MoviesOfMoviesKeepFieldOrderRateTimeCodeAndColorTags) {
@@ -153,8 +163,7 @@ TEST_P(EncodeProResFamilies, AreHeldByMatroskaToo) {
     const Codec& codec = GetParam();
     const Workspace workspace;
     ASSERT_NO_FATAL_FAILURE(MakePictures(workspace));
-    const ProgramRun run = RunTool(workspace, EncodeLine(codec, "in.%04d.png", "out.mkv") + "--fps 25");
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, codec, "out.mkv", ""));
     ExpectDecodesWithoutAWord(workspace, "out.mkv");
     const std::string probe = Probe(workspace, "out.mkv");
     ExpectTold(probe, "profile", codec.profile);
@@ -165,7 +174,7 @@ TEST_P(EncodeProResFamilies, MoviesDecodeAgainByTheCommand) {
     const Codec& codec = GetParam();
     const Workspace workspace;
     ASSERT_NO_FATAL_FAILURE(MakePictures(workspace));
-    ASSERT_EQ(RunTool(workspace, EncodeLine(codec, "in.%04d.png", "out.mov") + "--fps 25").status, 0);
+    ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, codec, "out.mov", ""));
     const ProgramRun run = RunTool(workspace, "decode out.mov -o back.%04d.png --via registry");
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err, "");
@@ -173,14 +182,7 @@ TEST_P(EncodeProResFamilies, MoviesDecodeAgainByTheCommand) {
 }
 
 TEST_P(EncodeProRes444, AlphaComesWithTheMovieIfItIsAskedFor) {
-    const Codec& codec = GetParam();
-    const Workspace workspace;
-    ASSERT_NO_FATAL_FAILURE(MakePictures(workspace));
-    for (const std::string order : kFieldOrders) {
-        SCOPED_TRACE(order);
-        const ProgramRun run = RunTool(workspace, EncodeLine(codec, "in.%04d.png", "out.mov") +
-                                                      "--fps 25 --alpha --field-order " + order);
-        ASSERT_EQ(run.status, 0) << run.err;
+    ForEachFieldOrder(GetParam(), "--alpha", [](const Workspace& workspace, const std::string& order) {
         ExpectDecodesWithoutAWord(workspace, "out.mov");
         const std::string probe = Probe(workspace, "out.mov");
         ExpectTold(probe, "pix_fmt", "yuva444p12le");
@@ -188,7 +190,7 @@ TEST_P(EncodeProRes444, AlphaComesWithTheMovieIfItIsAskedFor) {
         const std::string alpha = "alphaextract,format=gray12le";
         // The same to the rounding from 16 to 12 bits.
         EXPECT_GE(Psnr(workspace, "out.mov", alpha, alpha), 70);
-    }
+    });
 }
 
 TEST(EncodeProResFailures, AlphaThatTheCodecLacksIsAWarning) {

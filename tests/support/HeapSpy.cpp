@@ -1,4 +1,4 @@
-#include "prores/NoMemory.h"
+#include "support/HeapSpy.h"
 
 #include <dlfcn.h>
 
@@ -6,7 +6,13 @@
 #include <limits>
 #include <new>
 
+// Each form asks the function that this program would otherwise have called, so that blocks go back where
+// they came from and sanitizers see them.
+
 namespace {
+
+thread_local bool isLimited = false;
+thread_local int allocationsLeft = 0;
 
 constexpr size_t never = std::numeric_limits<size_t>::max();
 
@@ -23,14 +29,32 @@ Function* Next(const char* name) {
 
 } // namespace
 
+HeapSpy::HeapSpy(int allocations) {
+    allocationsLeft = allocations;
+    isLimited = true;
+}
+
+HeapSpy::~HeapSpy() { isLimited = false; }
+
+bool HeapSpy::RanOut() const { return allocationsLeft < 0; }
+
 NoMemory::NoMemory(Allocation form, size_t leastSize) : form_(form) { FailingSize(form_) = leastSize; }
 
 NoMemory::~NoMemory() { FailingSize(form_) = never; }
 
 void* operator new(size_t size) {
     static auto* const next = Next<void*(size_t)>("_Znwm");
+    if (isLimited && --allocationsLeft < 0) throw std::bad_alloc();
     if (size >= FailingSize(Allocation::Single)) throw std::bad_alloc();
     return next(size);
+}
+
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return ::operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void* operator new[](size_t size, const std::nothrow_t& tag) noexcept {
