@@ -3,9 +3,9 @@
 #include "framework/CxAVTypes.h"
 #include "framework/CxAlignedBuffer.h"
 #include "framework/Export.h"
-#include "host/Platform.h"
 
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -84,6 +84,9 @@ public:
 /// A decoder or encoder of one track. Made by a factory, deleted by its owner; used by one thread at a time.
 /// No exception leaves any operation; failures are values of `CxAVError`.
 ///
+/// A back-end that can be copied shares its sample buffer with its copies, which are then driven by one
+/// thread at a time all together; the last of them frees it.
+///
 /// The constructor, the destructor and the virtual operations are defined here, so that a class of another
 /// binary can derive from this one although the module exports only the five members without `virtual`.
 class CxAbstractAVCodec {
@@ -92,8 +95,6 @@ public:
     /// @param maker  the factory, which gives the name and must outlive the codec; may be null
     CxAbstractAVCodec(CxAVOperation op, const CxAbstractCodecFactory* maker)
         : operation(op), factory(maker), name(maker != nullptr ? maker->name : "Unknown") {}
-    CxAbstractAVCodec(const CxAbstractAVCodec&) = delete;
-    CxAbstractAVCodec& operator=(const CxAbstractAVCodec&) = delete;
 
     /// Decodes frame `frame` into `image`, whose pixels are overwritten and which stays the caller's. Frames
     /// may be asked for in any order.
@@ -109,9 +110,7 @@ public:
     /// Reads what it needs from the data source and prepares to decode. `CxAV_INVALID_STATE` without a
     /// source.
     virtual CxAVError Open() = 0;
-    virtual ~CxAbstractAVCodec() {
-        if (dataBuffer != nullptr) Platform::FreeMemAligned(dataBuffer);
-    }
+    virtual ~CxAbstractAVCodec() = default;
     /// Prepares an encoder; back-ends that have one fill `settings.extraData`.
     virtual CxAVError SetEncoderSettings(CxVideoSettings& /*settings*/) { return CxAV_OK; }
     /// Encodes one image, in presentation order. An image of null drains a back-end that holds frames back.
@@ -133,8 +132,12 @@ public:
     CORVEX_API bool isTypeOf(const CxAbstractCodecFactory* maker);
 
 protected:
-    uint8_t* dataBuffer = nullptr;
-    int32_t dataBufferSize = 0;
+    /// Copies all members. There are no move forms of their own: a move copies.
+    CxAbstractAVCodec(const CxAbstractAVCodec&) = default;
+    CxAbstractAVCodec& operator=(const CxAbstractAVCodec&) = default;
+
+    std::shared_ptr<uint8_t> dataBuffer; ///< shared by copies; null until first asked for
+    int32_t dataBufferSize = 0;          ///< in bytes
     CxAVOperation operation;
     CxAbstractDataSource* dataSource = nullptr; ///< not owned; null for an encoder
     const CxAbstractCodecFactory* factory;      ///< not owned; may be null

@@ -3,6 +3,7 @@
 #include "framework/AllocatorSpy.h"
 #include "framework/FakeBackEnd.h"
 #include "framework/MemoryTrackSource.h"
+#include "support/HeapSpy.h"
 
 #include <gtest/gtest.h>
 
@@ -81,6 +82,32 @@ TEST_F(CxAbstractAVCodecTest, TheDestructorFreesTheDataBufferAndLeavesTheSource)
     }
     EXPECT_EQ(AllocatorSpy::frees, 1);
     EXPECT_EQ(source.GetSampleCount(), 2);
+}
+
+TEST_F(CxAbstractAVCodecTest, ADataBufferThatCannotBeSharedForLackOfMemoryIsFreedAndTriedAgain) {
+    codec.SetDataSource(&source);
+    {
+        const HeapSpy empty(0);
+        EXPECT_EQ(codec.GetDataBuffer(), nullptr);
+        EXPECT_TRUE(empty.RanOut());
+    }
+    EXPECT_EQ(AllocatorSpy::frees, 1);
+    EXPECT_NE(codec.GetDataBuffer(), nullptr);
+}
+
+TEST_F(CxAbstractAVCodecTest, ACopySharesTheDataBufferWhichTheLastOwnerFrees) {
+    codec.SetDataSource(&source);
+    uint8_t* const buffer = codec.GetDataBuffer();
+    {
+        FakeCodec copy(codec);
+        EXPECT_EQ(copy.GetDataBuffer(), buffer);
+        EXPECT_EQ(copy.GetDataBufferSize(), 5);
+        EXPECT_EQ(copy.getDataSource(), &source);
+        EXPECT_EQ(copy.GetName(), codec.GetName());
+    }
+    EXPECT_EQ(AllocatorSpy::frees, 0);
+    EXPECT_EQ(AllocatorSpy::allocations, 1);
+    EXPECT_EQ(codec.GetDataBuffer(), buffer);
 }
 
 TEST_F(CxAbstractAVCodecTest, IsTypeOfComparesPointersSoThatASecondFactoryOfTheClassIsAnother) {

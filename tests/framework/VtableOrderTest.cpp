@@ -1,22 +1,14 @@
 // The virtual operations of the codec interface keep their slots: callers that were compiled apart reach them
-// by number. The slots are read as the Itanium C++ ABI lays them out (2.5.2: one slot for each operation in
-// order of declaration, two for a virtual destructor, the complete one before the deleting one).
+// by number.
 
 #include "framework/VtableProbes.h"
+#include "support/VtableSlots.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using Log = std::vector<std::string>;
-
-/// Calls slot `slot` of an object's vtable as a function of type `Result(Object*, Arguments...)`.
-template <typename Result, typename... Arguments, typename Object>
-Result CallSlot(Object* object, size_t slot, Arguments... arguments) {
-    void** const vtable = *reinterpret_cast<void***>(object);
-    using Function = Result (*)(Object*, Arguments...);
-    return reinterpret_cast<Function>(vtable[slot])(object, std::forward<Arguments>(arguments)...);
-}
 
 class VtableOrder : public testing::Test {
 protected:
@@ -60,6 +52,29 @@ TEST_F(VtableOrder, ACodecsEncodingOperationsTakeSlots8To10) {
     EXPECT_EQ((CallSlot<int32_t, CxVideoSettings>(codec.get(), 10, settings)), 13);
     EXPECT_EQ(VtableProbes::log,
               (Log{"SetEncoderSettings 640", "EncodeFrame 1235", "GetTargetFrameSize 480"}));
+}
+
+TEST_F(VtableOrder, ATemporalDecodersOperationsTakeSlots11To16) {
+    using VtableProbes::Frame;
+    const std::unique_ptr<CxAbstractTemporalDecoder<Frame>> decoder(VtableProbes::NewTemporalDecoder());
+    Image* image = nullptr;
+    Frame* frame = nullptr;
+    CxDecodeRequest request;
+    request.sampleTime = 31;
+    uint8_t byte = 0;
+    EXPECT_EQ((CallSlot<CxAVError, int32_t, Image*&>(decoder.get(), 0, 77, image)), CxAV_INVALID_STATE);
+    EXPECT_EQ(CallSlot<int32_t>(decoder.get(), 4), 12);
+    CallSlot<void, Frame*&>(decoder.get(), 11, frame);
+    EXPECT_EQ((CallSlot<CxAVError, uint8_t*, int32_t, Frame*&, CxDecodeRequest&>(decoder.get(), 12, &byte, 1,
+                                                                                 frame, request)),
+              CxAV_READ_FAILED);
+    EXPECT_TRUE((CallSlot<bool, Frame*, Image*&>(decoder.get(), 13, frame, image)));
+    CallSlot<void, int64_t, Frame*>(decoder.get(), 14, int64_t{4} << 32, frame);
+    EXPECT_TRUE((CallSlot<bool, int64_t, Frame*&>(decoder.get(), 15, 150, frame)));
+    CallSlot<void>(decoder.get(), 16);
+    EXPECT_EQ(VtableProbes::log,
+              (Log{"ReleaseDecodedFrame", "DecodeSample 1 31", "ConvertFrameToImage",
+                   "CacheDecodedFrame 17179869184", "FindCachedFrame 150", "ClearCachedFrames"}));
 }
 
 TEST_F(VtableOrder, AFactorysOperationsTakeSlots0To3AndItsDestructorsTheNextTwo) {

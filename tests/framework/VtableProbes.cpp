@@ -39,6 +39,27 @@ public:
     }
 };
 
+class TemporalDecoder : public CxAbstractTemporalDecoder<Frame> {
+public:
+    TemporalDecoder() : CxAbstractTemporalDecoder(CxAV_DECODE, nullptr) {}
+
+    int32_t GetWidth() override { return 11; }
+    int32_t GetHeight() override { return 12; }
+    CxAVError Open() override { return CxAV_UNSUPPORTED; }
+    void ReleaseDecodedFrame(Frame*&) override { log.emplace_back("ReleaseDecodedFrame"); }
+    CxAVError DecodeSample(uint8_t*, int32_t size, Frame*&, CxDecodeRequest& request) override {
+        return Called("DecodeSample " + Text(size) + " " + Text(request.sampleTime), CxAV_READ_FAILED);
+    }
+    bool ConvertFrameToImage(Frame*, Image*&) override { return Called("ConvertFrameToImage", true); }
+    void CacheDecodedFrame(int64_t time, Frame*) override {
+        log.push_back("CacheDecodedFrame " + Text(time));
+    }
+    bool FindCachedFrame(int64_t time, Frame*&) override {
+        return Called("FindCachedFrame " + Text(time), true);
+    }
+    void ClearCachedFrames() override { log.emplace_back("ClearCachedFrames"); }
+};
+
 class Factory : public CxAbstractCodecFactory {
 public:
     ~Factory() override { log.emplace_back("destroyed"); }
@@ -95,5 +116,6 @@ public:
 CxAbstractAVCodec* NewCodec() { return new Codec; }
 CxAbstractCodecFactory* NewFactory() { return new Factory; }
 CxAbstractDataSource* NewSource() { return new Source; }
+CxAbstractTemporalDecoder<Frame>* NewTemporalDecoder() { return new TemporalDecoder; }
 
 } // namespace VtableProbes

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "framework/CxAbstractAVCodec.h"
+#include "framework/CxAbstractTemporalDecoder.h"
 
 #include <string>
 #include <vector>
@@ -14,5 +14,9 @@ extern std::vector<std::string> log;
 CxAbstractAVCodec* NewCodec();
 CxAbstractCodecFactory* NewFactory();
 CxAbstractDataSource* NewSource();
+
+/// What the temporal decoder below decodes.
+struct Frame {};
+CxAbstractTemporalDecoder<Frame>* NewTemporalDecoder();
 
 } // namespace VtableProbes
