@@ -19,10 +19,13 @@ set(public_headers
     host/ColorConvert.h host/CorvexDoc.h host/CxID.h host/CxString.h host/Edition.h host/Export.h host/Image.h
     host/ImageFormat.h host/MediaFormat.h host/Object.h host/Platform.h host/Registry.h host/ScriptInfo.h
     host/ScriptVal.h host/TagList.h
-    framework/CxAbstractAVCodec.h framework/CxAlignedBuffer.h framework/CxAVCodecRegistry.h framework/CxAVTypes.h
-    framework/Export.h
+    framework/CxAbstractAVCodec.h framework/CxAbstractTemporalDecoder.h framework/CxAbstractTemporalDecoder-inl.h
+    framework/CxAlignedBuffer.h framework/CxAVCodecRegistry.h framework/CxAVTypes.h framework/CxDecodedFramesCache.h
+    framework/Export.h framework/SampleSize.h
     pixel/PixelConvert.h
     codecs/ProResCodec.h codecs/UncompressedCodecs.h
+    iostream/BitBuffer.h iostream/IOElementaryStreamInfo.h iostream/IOFramePayload.h iostream/IOH264NALPayload.h
+    iostream/IOHEVCNALPayload.h
     prores/Prx.h)
 foreach(header IN LISTS public_headers)
     cmake_path(GET header PARENT_PATH folder)

@@ -2,6 +2,7 @@
 
 #include "framework/CxAVCodecRegistry.h"
 #include "host/Image.h"
+#include "iostream/IOHEVCNALPayload.h"
 #include "pixel/PixelConvert.h"
 
 int main() {
@@ -10,5 +11,6 @@ int main() {
     Image* image = Image::Allocate(49, 2, ImageData_RGBA16);
     const bool allocated = image != nullptr;
     Image::Free(image);
-    return listed && allocated && PixelConvert::CalcRowBytes(FourCC("v210"), 49) == 256 ? 0 : 1;
+    const bool isCollected = IOStream::IOHEVCNALPayload::s_IsValidNalType(33);
+    return listed && allocated && isCollected && PixelConvert::CalcRowBytes(FourCC("v210"), 49) == 256 ? 0 : 1;
 }

@@ -20,7 +20,7 @@ const std::map<std::string, std::set<std::string>> allowedIncludes = {
     {"codecs", {"codecs", "pixel", "framework", "host", "prores"}},
     {"ffmpeg", {"ffmpeg", "pixel", "framework", "host"}},
     {"cameraraw", {"cameraraw", "pixel", "framework", "host"}},
-    {"iostream", {"iostream"}},
+    {"iostream", {"iostream", "framework", "host"}},
     {"prores", {"prores"}},
 };
 

@@ -2,11 +2,13 @@
 
 #include "Text.h"
 #include "commands/MovieDescription.h"
+#include "commands/ParameterSetDescription.h"
 #include "images/ImageFileReader.h"
 #include "images/ImageFormats.h"
 #include "images/ImageOperations.h"
 #include "images/ImageSequence.h"
 #include "media/MovieTrackSource.h"
+#include "media/StreamAnalysis.h"
 
 namespace {
 
@@ -69,5 +71,9 @@ void RunInfo(const std::string& input, Report& report) {
     const std::unique_ptr<MovieTrackSource> source = MovieTrackSource::Open(input);
     report.result = DescribeMovie(source->Info());
     report.text = TextOfMovie(report.result);
+    if (const std::optional<StreamAnalysis> analysis = AnalyseStream(*source)) {
+        report.result["parameterSets"] = DescribeParameterSets(*analysis, source->Info());
+        report.text += TextOfParameterSets(report.result["parameterSets"]);
+    }
     if (!source->Info().damage.empty()) report.warnings.push_back(input + ": " + source->Info().damage);
 }

@@ -3,10 +3,8 @@
 #include "FourCCText.h"
 #include "FrameRateText.h"
 #include "Text.h"
+#include "commands/Lines.h"
 #include "framework/CxAVCodecRegistry.h"
-
-#include <iomanip>
-#include <sstream>
 
 namespace {
 
@@ -73,24 +71,9 @@ void DescribeTime(const MovieTrackInfo& info, Json& object) {
     object["timeCode"] = info.timeCode;
 }
 
-std::string TextOf(const Json& value) { return value.is_string() ? value.get<std::string>() : value.dump(); }
-
-/// Lines of a name and what is known under it.
-class Lines {
-public:
-    void Add(const std::string& name, const std::string& value) {
-        if (value.empty()) return;
-        text_ << std::left << std::setw(kNameWidth) << name << value << "\n";
-    }
-    void AddSourced(const std::string& name, const Json& value) {
-        Add(name, TextOf(value["text"]) + " (" + TextOf(value["source"]) + ")");
-    }
-    std::string Text() const { return text_.str(); }
-
-private:
-    static constexpr int kNameWidth = 16;
-    std::ostringstream text_;
-};
+void AddSourced(Lines& lines, const std::string& name, const Json& value) {
+    lines.Add(name, TextOf(value["text"]) + " (" + TextOf(value["source"]) + ")");
+}
 
 std::string TextOfDecoder(const Json& decoder) {
     const std::string names = Join(decoder["backEnds"], ", ");
@@ -106,11 +89,11 @@ void AddPicture(const Json& movie, Lines& lines) {
     lines.Add("coded size", TextOfSize(movie, "codedWidth", "codedHeight"));
     lines.Add("display size", TextOfSize(movie, "displayWidth", "displayHeight") + ", pixel aspect " +
                                   TextOf(movie["pixelAspect"]));
-    lines.AddSourced("field order", movie["fieldOrder"]);
-    lines.AddSourced("range", movie["color"]["range"]);
-    lines.AddSourced("matrix", movie["color"]["matrix"]);
-    lines.AddSourced("primaries", movie["color"]["primaries"]);
-    lines.AddSourced("transfer", movie["color"]["transfer"]);
+    AddSourced(lines, "field order", movie["fieldOrder"]);
+    AddSourced(lines, "range", movie["color"]["range"]);
+    AddSourced(lines, "matrix", movie["color"]["matrix"]);
+    AddSourced(lines, "primaries", movie["color"]["primaries"]);
+    AddSourced(lines, "transfer", movie["color"]["transfer"]);
 }
 
 void AddTime(const Json& movie, Lines& lines) {

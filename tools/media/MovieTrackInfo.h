@@ -38,8 +38,12 @@ struct MovieTrackInfo {
     uint32_t fourCC = 0;       ///< code under which the registry knows the track
     uint32_t containerTag = 0; ///< the container's code, first character most significant; 0 without one
     std::string codecName;
-    std::string profile; ///< empty if unknown
+    std::string profile;    ///< empty if unknown
+    int profileNumber = -1; ///< as the codec numbers its profiles; negative if unknown
+    int level = -1;         ///< the same of levels
     std::string pixelFormat;
+    int chromaFormat = 0; ///< 1 for monochrome, 420, 422 or 444; 0 for any other
+    int bitDepth = 0;     ///< of the first component; 0 if unknown
     int bitsPerCodedSample = 0;
     int64_t bitRate = 0; ///< bits per second; 0 if unknown
     std::vector<uint8_t> extraData;

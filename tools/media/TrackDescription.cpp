@@ -74,12 +74,30 @@ void DescribeColor(MovieTrackInfo& info, Demuxer& demuxer) {
         Text(av_color_transfer_name(static_cast<AVColorTransferCharacteristic>(info.colorTransfer.value)));
 }
 
+int ChromaFormat(const AVPixFmtDescriptor& format) {
+    if (format.nb_components < 3) return 1;
+    if (format.log2_chroma_w == 0 && format.log2_chroma_h == 0) return 444;
+    if (format.log2_chroma_w != 1 || format.log2_chroma_h > 1) return 0;
+    return format.log2_chroma_h == 0 ? 422 : 420;
+}
+
+void DescribePixels(MovieTrackInfo& info, AVPixelFormat format) {
+    info.pixelFormat = Text(av_get_pix_fmt_name(format));
+    const AVPixFmtDescriptor* const descriptor = av_pix_fmt_desc_get(format);
+    if (descriptor == nullptr) return;
+    info.chromaFormat = ChromaFormat(*descriptor);
+    info.bitDepth = descriptor->comp[0].depth;
+}
+
 void DescribeCodec(MovieTrackInfo& info, const AVCodecParameters& parameters) {
     info.fourCC = RegistryFourCC(parameters);
     info.containerTag = SwapTag(parameters.codec_tag);
     info.codecName = CodecName(parameters.codec_id);
     info.profile = Text(avcodec_profile_name(parameters.codec_id, parameters.profile));
-    info.pixelFormat = Text(av_get_pix_fmt_name(static_cast<AVPixelFormat>(parameters.format)));
+    // FFmpeg keeps flags above the number.
+    if (parameters.profile >= 0) info.profileNumber = parameters.profile & 0xFF;
+    info.level = parameters.level;
+    DescribePixels(info, static_cast<AVPixelFormat>(parameters.format));
     info.bitsPerCodedSample = parameters.bits_per_coded_sample;
     if (parameters.extradata_size > 0) {
         info.extraData.assign(parameters.extradata, parameters.extradata + parameters.extradata_size);
