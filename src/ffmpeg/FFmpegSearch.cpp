@@ -68,6 +68,8 @@ std::string FindFFmpegDirectory() {
     const EnvString variable("CORVEX_FFMPEG_DIR", nullptr, true);
     std::string directory = Limited(CxString(variable).c_str());
     if (directory.empty()) directory = Limited(FindInSearchDirectories());
+    // The separator has its place within the limit.
+    if (directory.size() == longestFFmpegPath && directory.back() != SEPARATOR[0]) directory.pop_back();
     return directory.empty() ? directory : std::string(WithSeparator(directory.c_str()));
 }
 

@@ -58,7 +58,10 @@ CxAbstractTemporalDecoder<T>& CxAbstractTemporalDecoder<T>::operator=(CxAbstract
 
 template <typename T>
 CxAbstractTemporalDecoder<T>::~CxAbstractTemporalDecoder() {
-    if (MadeTheCache()) frameCache->maker = nullptr;
+    if (!MadeTheCache()) return;
+    // A back-end that has not given its cache up can't release the frames any more; copies do without.
+    frameCache->maker = nullptr;
+    frameCache->cache.reset();
 }
 
 template <typename T>
@@ -77,6 +80,7 @@ CxAVError CxAbstractTemporalDecoder<T>::GetDecodedFrame(int32_t frame, Image*& i
     const int32_t key = dataSource->GetKeySample(sample);
     if (CanGoOn(frame, sample, key, lastOfTrack)) return DecodeFrom(NextSample(), {time, limit, image});
     // Directly, not by the virtual operation. Kept.
+    lastSample = lastFrame = -1;
     if (Cache() != nullptr) Cache()->ClearCache();
     ForgetPosition();
     return DecodeFrom(std::max(key, 0), {time, limit, image});
@@ -140,7 +144,7 @@ std::optional<CxAVError> CxAbstractTemporalDecoder<T>::TakeFrame(T* frame, int64
         return CxAV_FAILED;
     }
     CacheDecodedFrame(time, frame);
-    if (Cache() == nullptr) KeepAside(frame);
+    if (frameCache == nullptr) KeepAside(frame);
     if (time != wanted.time) return std::nullopt;
     return Convert(frame, wanted.image);
 }
@@ -160,7 +164,8 @@ void CxAbstractTemporalDecoder<T>::ForgetPosition() {
 
 template <typename T>
 void CxAbstractTemporalDecoder<T>::CacheDecodedFrame(int64_t time, T* frame) {
-    if (Cache() != nullptr && !Cache()->CacheDecodedFrame(time, frame)) KeepAside(frame);
+    if (frameCache == nullptr) return;
+    if (Cache() == nullptr || !Cache()->CacheDecodedFrame(time, frame)) KeepAside(frame);
 }
 
 template <typename T>
@@ -183,6 +188,7 @@ void CxAbstractTemporalDecoder<T>::ReleaseFrameCache() {
 
 template <typename T>
 void CxAbstractTemporalDecoder<T>::KeepAside(T* frame) {
+    if (std::find(aside.begin(), aside.end(), frame) != aside.end()) return;
     T*& place = aside[asideCount++ % aside.size()];
     if (place != nullptr) ReleaseDecodedFrame(place);
     place = frame;

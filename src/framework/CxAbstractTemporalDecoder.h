@@ -69,10 +69,10 @@ public:
     /// Copies a decoded frame, which stays the caller's, into the image and sets its metadata.
     /// @return false if it can't be converted
     virtual bool ConvertFrameToImage(T* frame, Image*& image) = 0;
-    /// Gives a frame to the cache. One that the cache does not take (its time is negative or taken) is kept
-    /// aside and released with the next restart, flush, `ClearCachedFrames` or `ReleaseFrameCache`, or once
-    /// as many others as the cache holds were kept aside after it. Without a cache this does nothing, and the
-    /// frame stays the caller's.
+    /// Gives a frame to the cache. One that the cache does not take (its time is negative or taken, or the
+    /// object that made the cache is gone) is kept aside and released with the next restart, flush,
+    /// `ClearCachedFrames` or `ReleaseFrameCache`, or once as many others as the cache holds were kept aside
+    /// after it. After `ReleaseFrameCache` this does nothing, and the frame stays the caller's.
     virtual void CacheDecodedFrame(int64_t time, T* frame);
     /// Looks a frame up; it stays the cache's.
     /// @return whether there is a frame of that time; false without a cache

@@ -24,9 +24,8 @@ public:
     BitBuffer(const uint8_t* data, uint32_t size) : next(data), bytesLeft(size) {}
 
     /// Makes a bit available; nothing while one is.
-    /// @throws IOBitBufferNoDataException behind the last byte, also while the second zero of a 00 00 03 at
-    /// the
-    ///         end is still to be delivered (kept)
+    /// @throws IOBitBufferNoDataException behind the last byte, even if the second zero of a 00 00 03 is
+    ///         still to be delivered (kept)
     void Fill();
     /// The next bit, 0 or 1. Throws as `Fill`.
     uint32_t ReadBit();

@@ -20,7 +20,7 @@ bool IOFramePayload::Grow(uint32_t size) {
     if (data.empty())
         data.resize(std::max(growQuantum, size));
     else if (needed > data.size())
-        data.resize(std::max(needed, needed * 2)); // the double wraps at 32 bits
+        data.resize(std::max(needed, needed * 2)); // the double wraps at 32 bits: never below what is needed
     return true;
 }
 

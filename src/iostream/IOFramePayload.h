@@ -47,7 +47,7 @@ public:
     virtual bool GetConfigRecord(std::vector<uint8_t>& out, uint32_t& fourCC) = 0;
 
 protected:
-    IOElementaryStreamInfo info;
+    IOElementaryStreamInfo info; ///< what is known so far
 };
 
 } // namespace IOStream

@@ -59,6 +59,7 @@ bool IOH264NALPayload::ScanData() {
     if (isScanStopped) return false;
     isScanStopped = !VisitUnits(data.data(), scanPos, dataSize, [this](StartCode found, uint8_t header) {
         entries.push_back({GetNALType(header), found.length, found.place});
+        // A unit that the info was asked for in between is parsed once more: kept.
         if (entries.size() >= 2) ParseEntry(static_cast<uint32_t>(entries.size() - 2));
     });
     if (isScanStopped) return false;
@@ -68,7 +69,7 @@ bool IOH264NALPayload::ScanData() {
 
 std::span<const uint8_t> IOH264NALPayload::Unit(uint32_t index) const {
     const uint32_t begin = entries[index].offset + entries[index].startCodeLength;
-    const uint32_t end = index + 1 < entries.size() ? entries[index + 1].offset : dataSize;
+    const uint32_t end = std::max(begin, index + 1 < entries.size() ? entries[index + 1].offset : dataSize);
     return {data.data() + begin, end - begin};
 }
 

@@ -41,8 +41,7 @@ public:
     virtual uint32_t ParseConfigRecord(const std::vector<uint8_t>& record, uint32_t fourCC);
     /// Appends one sample of a container, an Annex B one as it is, a length-prefixed one with start codes.
     /// A last unit that the sample cuts off is taken as far as it goes.
-    /// @param lengthSize  bytes of a length field, 1 to 4; other sizes append nothing of a length-prefixed
-    /// sample
+    /// @param lengthSize  bytes of a length field, 1 to 4; with others only Annex B samples are appended
     /// @return true
     virtual bool AppendSample(const uint8_t* sample, uint32_t size, uint32_t lengthSize);
 
@@ -116,7 +115,7 @@ protected:
 
     /// Bytes of the unit `index`, its header first, without its start code; valid until data is appended. Of
     /// data that came in pieces a header of 0 may be taken for part of the next start code, which leaves its
-    /// unit empty.
+    /// unit empty; so may data that was rewritten through `GetData`.
     std::span<const uint8_t> Unit(uint32_t index) const;
 
     uint32_t picOrderCntType = 0;
@@ -135,7 +134,7 @@ protected:
     uint32_t scanPos = 0;          ///< where the scan goes on
     std::vector<NALEntry> entries; ///< units found so far, in stream order
     int32_t lastParsed = -1;       ///< index of the last unit handed to `ParseNAL`
-    bool parseNALs;
+    bool parseNALs;                ///< whether units are parsed, and not only found
 
     /// One structure each (7.3.2.1, 7.3.2.2, 7.3.3); all may throw what `BitBuffer` throws. `payload` begins
     /// behind the unit's header.
@@ -154,6 +153,7 @@ private:
     /// A start code with forbidden_zero_bit set behind it was met: the scan would only find it again.
     bool isScanStopped = false;
 
+    /// Parts of `ParseSPS` and of the slices, which throw as these; false refuses the set.
     void ClassifySlice(uint32_t sliceType);
     bool ParseSampleFormat(BitBuffer& reader);
     bool ParseHighSampleFormat(BitBuffer& reader);

@@ -15,6 +15,7 @@ void IOH264NALPayload::ParseUnit(uint8_t type, std::span<const uint8_t> unit) {
 }
 
 void IOH264NALPayload::ParseNAL(uint8_t type, const uint8_t* payload, uint32_t size) {
+    if (size == 0 && type != H264NAL_IDRSlice) return; // nothing to read, and no exception to pay for
     switch (type) {
     case H264NAL_Slice:
         // The first slice that is looked at settles the type.
@@ -25,7 +26,7 @@ void IOH264NALPayload::ParseNAL(uint8_t type, const uint8_t* payload, uint32_t s
         break;
     case H264NAL_IDRSlice:
         info.frameType = IOFrame_Intra;
-        ParseIDRSlice(payload, size);
+        if (size > 0) ParseIDRSlice(payload, size);
         break;
     case H264NAL_SPS: ParseSPS(payload, size); break;
     case H264NAL_PPS: ParsePPS(payload, size); break;

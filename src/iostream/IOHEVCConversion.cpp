@@ -13,8 +13,6 @@ namespace IOStream {
 
 namespace {
 
-constexpr size_t recordHeaderSize = 23;
-
 /// What a converted sample's block has beyond the size of the byte stream at least. A unit behind 00 00 01
 /// gets one byte longer; where these take up the whole stream that is a quarter of its size.
 constexpr uint64_t spareBytes = 131072;
@@ -71,7 +69,7 @@ bool IOHEVCNALPayload::s_IsValidNalType(uint8_t type) {
 
 bool IOHEVCNALPayload::s_ConvertHEVC(const uint8_t* data, uint64_t size, std::vector<uint8_t>& out,
                                      uint8_t& lengthSize) {
-    if (size < recordHeaderSize) return false;
+    if (size < hvccHeaderSize) return false;
     lengthSize = LengthSize(data[Record_Layers]);
     out.clear();
     if (data[0] == 0) { // no record, but a byte stream
@@ -97,6 +95,7 @@ bool IOHEVCNALPayload::s_ConvertToHVCC(const uint8_t* data, uint64_t size, std::
         if (s_IsValidNalType(type)) units[type].push_back(payload.Unit(index));
     }
     if (units.empty()) return false;
+    // By the first start code alone, whatever the others are: kept.
     payload.record[Record_Layers] |= static_cast<uint8_t>(startCodeLength - 1);
     payload.record[Record_ArrayCount] = static_cast<uint8_t>(units.size());
     out.assign(payload.record.begin(), payload.record.end());
@@ -124,7 +123,7 @@ bool IOHEVCNALPayload::s_ConvertToHVCCStream(const uint8_t* data, uint64_t size,
 uint32_t IOHEVCNALPayload::s_ExtractParameterSets(const std::vector<uint8_t>& record,
                                                   std::vector<const uint8_t*>& pointers,
                                                   std::vector<uint64_t>& sizes) {
-    if (record.size() < recordHeaderSize || record[Record_ArrayCount] == 0) return 0;
+    if (record.size() < hvccHeaderSize || record[Record_ArrayCount] == 0) return 0;
     VisitHVCCUnits(record, [&](uint8_t type, NALBytes unit) {
         if (!s_IsValidNalType(type)) return;
         pointers.push_back(unit.data());

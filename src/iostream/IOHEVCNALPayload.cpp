@@ -16,7 +16,7 @@ IOHEVCNALPayload::IOHEVCNALPayload(bool parseNALs) : IOH264NALPayload(parseNALs)
 uint8_t IOHEVCNALPayload::GetNALType(uint8_t firstByte) const { return firstByte >> 1 & 63; }
 
 void IOHEVCNALPayload::ParseNAL(uint8_t type, const uint8_t* payload, uint32_t size) {
-    if (size == 0) return; // no second header byte
+    if (size < 2) return; // nothing behind the header, and no exception to pay for
     switch (type) {
     case NAL_SPS: ParseSPS(payload + 1, size - 1); break;
     case NAL_PPS: ParsePPS(payload + 1, size - 1); break;

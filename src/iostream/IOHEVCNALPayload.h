@@ -30,9 +30,8 @@ public:
     /// fields as long as the first start code. The stream's last unit goes into the record, but is not parsed
     /// for its header (kept).
     /// @param out  replaced
-    /// @return false, with `out` left alone, without a start code at the beginning or a profile, and for 4
-    /// GiB
-    ///         and more
+    /// @return false, with `out` left alone, without a start code at the beginning or a profile, and for
+    ///         4 GiB and more
     CORVEX_API static bool s_ConvertToHVCC(const uint8_t* data, uint64_t size, std::vector<uint8_t>& out);
     /// Turns a byte stream into a sample with length fields of four bytes. Units of all types stay, and those
     /// of H.264 may be converted as well.

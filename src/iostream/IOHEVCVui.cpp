@@ -62,7 +62,8 @@ bool IOHEVCNALPayload::ParseVUI(BitBuffer& reader, uint32_t spsID) {
     return true;
 }
 
-/// vui_timing_info_present_flag and what it opens.
+/// What vui_timing_info_present_flag opens.
+/// @return false if the HRD parameters are refused
 bool IOHEVCNALPayload::ParseVUITiming(BitBuffer& reader) {
     info.frameRateDen = reader.ReadBits(32);
     info.frameRateNum = reader.ReadBits(32);

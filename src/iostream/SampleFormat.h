@@ -21,21 +21,21 @@ inline uint8_t LengthSize(uint8_t recordByte) { return static_cast<uint8_t>((rec
 /// and never behind its end. What passes the end is not there, and the reader stays before it.
 class LengthPrefixedReader {
 public:
-    LengthPrefixedReader(const uint8_t* data, uint64_t size) : rest(data, size) {}
+    LengthPrefixedReader(const uint8_t* data, uint64_t size) : rest_(data, size) {}
 
     /// What is still to be read.
-    NALBytes Rest() const { return rest; }
+    NALBytes Rest() const { return rest_; }
 
     /// The next bytes: `byteCount`, or as many as are left.
     NALBytes Take(uint64_t byteCount) {
-        const NALBytes taken = rest.first(std::min<uint64_t>(byteCount, rest.size()));
-        rest = rest.subspan(taken.size());
+        const NALBytes taken = rest_.first(std::min<uint64_t>(byteCount, rest_.size()));
+        rest_ = rest_.subspan(taken.size());
         return taken;
     }
 
     /// A big-endian number of `byteCount` bytes, 0 to 4.
     std::optional<uint32_t> ReadNumber(uint32_t byteCount) {
-        if (rest.size() < byteCount) return std::nullopt;
+        if (rest_.size() < byteCount) return std::nullopt;
         uint32_t number = 0;
         for (const uint8_t byte : Take(byteCount))
             number = number << 8 | byte;
@@ -44,17 +44,17 @@ public:
 
     /// A unit behind its length field of `lengthSize` bytes, 0 to 4.
     std::optional<NALBytes> ReadUnit(uint32_t lengthSize) {
-        const NALBytes start = rest;
+        const NALBytes start = rest_;
         const std::optional<uint32_t> length = ReadNumber(lengthSize);
-        if (!length || *length > rest.size()) {
-            rest = start;
+        if (!length || *length > rest_.size()) {
+            rest_ = start;
             return std::nullopt;
         }
         return Take(*length);
     }
 
 private:
-    NALBytes rest;
+    NALBytes rest_;
 };
 
 /// Appends bytes as they stand.
@@ -80,12 +80,15 @@ inline void AppendWithLength(std::vector<uint8_t>& out, NALBytes unit) {
     Append(out, unit);
 }
 
+/// Bytes of an "hvcC" record before its arrays; the last of them counts the arrays.
+inline constexpr size_t hvccHeaderSize = 23;
+
 /// Visits the units of an "hvcC" record in their order, as far as they lie in it, as `visit(type, unit)`.
-/// @param record  23 bytes at least
+/// @param record  `hvccHeaderSize` bytes at least
 template <class Visitor>
 void VisitHVCCUnits(NALBytes record, Visitor visit) {
-    LengthPrefixedReader reader(record.data() + 23, record.size() - 23);
-    for (uint32_t arraysLeft = record[22]; arraysLeft > 0; --arraysLeft) {
+    LengthPrefixedReader reader(record.data() + hvccHeaderSize, record.size() - hvccHeaderSize);
+    for (uint32_t arraysLeft = record[hvccHeaderSize - 1]; arraysLeft > 0; --arraysLeft) {
         const std::optional<uint32_t> header = reader.ReadNumber(1);
         const std::optional<uint32_t> unitCount = reader.ReadNumber(2);
         if (!header || !unitCount) return;

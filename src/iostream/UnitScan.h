@@ -16,8 +16,8 @@ struct StartCode {
 /// kept.
 std::optional<StartCode> FindUnit(const uint8_t* data, uint32_t from, uint32_t size);
 
-/// Visits the start codes from `from` on in their order, as `visit(startCode, headerByte)`, and moves `from`
-/// behind the header byte of each before it is visited.
+/// Visits the start codes from `from`, at most `size`, on in their order, as `visit(startCode, headerByte)`,
+/// and moves `from` behind the header byte of each once it is visited. Touches no byte outside of the data.
 /// @return false at a start code before a byte with forbidden_zero_bit set, which is not visited and before
 ///         which `from` stays
 template <class Visitor>
@@ -26,8 +26,8 @@ bool VisitUnits(const uint8_t* data, uint32_t& from, uint32_t size, Visitor visi
     while (const std::optional<StartCode> found = FindUnit(data, from, size)) {
         const uint32_t header = found->place + found->length;
         if ((data[header] & forbiddenZeroBit) != 0) return false;
-        from = header + 1;
         visit(*found, data[header]);
+        from = header + 1;
     }
     return true;
 }

@@ -88,8 +88,9 @@ PrxEncoderRef PrxCreateEncoder(uint32_t workerCount, PrxThreadStartHook threadSt
 ///  -3: `width` or `height` is above 65535.
 /// Then nothing has been written.
 ///
-/// Throws `std::bad_alloc` if there is no memory for a larger frame than before. The output is then undefined,
-/// pixels that encoding changes may be changed in some rows and not in others, and the encoder stays usable.
+/// Throws `std::bad_alloc` if there is no memory for a larger frame than before. The output is then
+/// undefined, pixels that encoding changes may be changed in some rows and not in others, and the encoder
+/// stays usable.
 int32_t PrxEncodeFrame(PrxEncoderRef handle, const PrxEncodeSettings* settings, const PrxPixelBuffer* pixels,
                        uint8_t* output, int32_t capacity, int32_t* outputSize, uint8_t* allOpaque);
 

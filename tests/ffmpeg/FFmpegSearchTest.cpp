@@ -142,10 +142,10 @@ TEST_F(FFmpegSearch, ADirectoryOfTheLibrarysNameIsNotTheLibrary) {
     EXPECT_EQ(FindFFmpegDirectory(), Root(0) + "/lib/");
 }
 
-TEST_F(FFmpegSearch, AValueOfMoreThan1039BytesIsCut) {
+TEST_F(FFmpegSearch, AValueIsCutTo1039BytesWithItsSeparator) {
     const std::string value = "/" + std::string(5000, 'x');
     const EnvironmentVariable variable("CORVEX_FFMPEG_DIR", value.c_str());
-    EXPECT_EQ(FindFFmpegDirectory(), value.substr(0, 1039) + "/");
+    EXPECT_EQ(FindFFmpegDirectory(), value.substr(0, 1038) + "/");
 }
 
 TEST_F(FFmpegSearch, APathOfMoreThan1039BytesIsCut) {

@@ -98,6 +98,21 @@ TEST_F(TemporalDecoderCopies, TheFirstsEndReleasesTheSharedFramesAndTheCopyWorks
     EXPECT_EQ(log.Released(1), log.frames.size());
 }
 
+TEST_F(TemporalDecoderCopies, TheCopyOfOneThatIsGoneOwnsWhatItsBackEndHandsOver) {
+    track.handsOver = true;
+    track.delay = 3;
+    ScriptedDecoder copy(*first);
+    first.reset();
+    for (const int32_t frame : {5, 30, 2})
+        EXPECT_EQ(Decode(copy, frame), CxAV_OK) << frame;
+}
+
+TEST_F(TemporalDecoderCopies, AFrameKeptAsideTwiceIsReleasedOnce) {
+    ScriptedFrame* const frame = log.NewFrame(-1);
+    first->CacheDecodedFrame(-1, frame);
+    first->CacheDecodedFrame(-1, frame);
+}
+
 TEST_F(TemporalDecoderCopies, ACopyOfACopyOutlivesBoth) {
     auto second = std::make_unique<ScriptedDecoder>(*first);
     ScriptedDecoder third(*second);
@@ -181,7 +196,7 @@ TEST_F(TemporalDecoderCopies, ABackEndThatForgetsItsCacheLosesTheFramesAndNothin
     log.calls.clear();
     ScriptedDecoder copy(*forgetful);
     forgetful.reset();
-    EXPECT_TRUE(Hits(copy, 1));
+    EXPECT_FALSE(Hits(copy, 1));
     copy.ReleaseFrameCache();
     EXPECT_EQ(log.Released(0), 2u);
     for (ScriptedFrame& frame : log.frames)

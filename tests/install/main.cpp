@@ -12,5 +12,6 @@ int main() {
     const bool allocated = image != nullptr;
     Image::Free(image);
     const bool isCollected = IOStream::IOHEVCNALPayload::s_IsValidNalType(33);
-    return listed && allocated && isCollected && PixelConvert::CalcRowBytes(FourCC("v210"), 49) == 256 ? 0 : 1;
+    return listed && allocated && isCollected && PixelConvert::CalcRowBytes(FourCC("v210"), 49) == 256 ? 0
+                                                                                                       : 1;
 }

@@ -49,6 +49,24 @@ TEST(IOH264NALPayload, AStartBelowThreeBytesLosesNoStartCode) {
     EXPECT_EQ(payload.entries, (Entries{{7, 4, 0}}));
 }
 
+TEST(IOH264NALPayload, AStartCodeWrittenOverOldDataLeavesItsUnitEmpty) {
+    RecordingPayload payload;
+    payload.Append({0, 0, 0, 1, 0x67});
+    std::copy_n(std::begin({uint8_t{0}, uint8_t{0}, uint8_t{1}}), 3, payload.GetData() + 2);
+    payload.Append({0x65, 0x88});
+    ASSERT_EQ(payload.entries.size(), 2u);
+    EXPECT_TRUE(payload.Unit(0).empty());
+    EXPECT_EQ(payload.GetStreamInfo().width, 0);
+}
+
+TEST(IOH264NALPayload, AUnitThatTheInfoHasParsedIsParsedOnceMoreWhenTheNextBegins) {
+    RecordingPayload payload;
+    payload.Append({0, 0, 0, 1, 0x67, 0x42});
+    payload.GetStreamInfo();
+    payload.Append({0, 0, 0, 1, 0x68, 0x43});
+    EXPECT_EQ(payload.parsed, (Units{{7, {0x42}}, {7, {0x42}}}));
+}
+
 TEST(IOH264NALPayload, ALoneUnitIsParsedOnlyWhenTheInfoIsAskedFor) {
     RecordingPayload payload;
     payload.Append({0, 0, 0, 1, 0x67, 0x42});

@@ -116,12 +116,8 @@ TEST(HEVCSei, SuffixIsIgnored) {
 }
 
 TEST(HEVCSei, EndsWithItsBytes) {
-    for (const std::vector<uint8_t>& unit : {std::vector<uint8_t>{78, 1},
-                                             {78, 1, 255},
-                                             {78, 1, 255, 255},
-                                             {78, 1, 1},
-                                             {78, 1, 1, 1},
-                                             {78, 1, 165, 4}}) {
+    for (const std::vector<uint8_t>& unit :
+         {std::vector<uint8_t>{78, 1, 255}, {78, 1, 255, 255}, {78, 1, 1}, {78, 1, 1, 1}, {78, 1, 165, 4}}) {
         HEVCPayload payload = FieldInfoPayload();
         EXPECT_THROW(payload.Parse(unit), BitBuffer::IOBitBufferNoDataException);
         EXPECT_EQ(payload.info.fieldOrder, IOField_Unknown);

@@ -13,6 +13,7 @@ class AVCStream : public IOStream::IOH264NALPayload {
 public:
     static constexpr const char* recordName = "avcC";
     static constexpr uint32_t recordTag = FourCC("avcC");
+    static constexpr size_t lengthSizeByte = 4;
     static constexpr bool countsReferences = true;
     AVCStream() : IOH264NALPayload(true) {}
 };
@@ -21,6 +22,7 @@ class HEVCStream : public IOStream::IOHEVCNALPayload {
 public:
     static constexpr const char* recordName = "hvcC";
     static constexpr uint32_t recordTag = FourCC("hvcC");
+    static constexpr size_t lengthSizeByte = 21;
     static constexpr bool countsReferences = false;
     HEVCStream() : IOHEVCNALPayload(true) {}
 };
@@ -36,10 +38,10 @@ public:
     SampleStream(MovieTrackSource& source, int32_t sample) {
         const std::vector<uint8_t>& configuration = source.Info().extraData;
         const bool isByteStream = configuration.empty() || configuration[0] == 0;
-        if (!isByteStream)
-            lengthSize_ = stream_.ParseConfigRecord(configuration, Stream::recordTag);
-        else
+        if (isByteStream)
             AppendBytes(stream_, configuration);
+        else
+            ReadRecord(configuration);
         int32_t size = 0;
         const uint8_t* const bytes = source.ReadSample(sample, nullptr, size);
         if (bytes == nullptr) return;
@@ -52,8 +54,15 @@ public:
     uint32_t LengthSize() const { return lengthSize_; }
 
 private:
+    void ReadRecord(const std::vector<uint8_t>& record) {
+        lengthSize_ = stream_.ParseConfigRecord(record, Stream::recordTag);
+        // A record without sets still tells of the length fields; the sets are in the samples then.
+        if (lengthSize_ == 0 && record.size() > Stream::lengthSizeByte)
+            lengthSize_ = (record[Stream::lengthSizeByte] & 3) + 1;
+    }
+
     Stream stream_;
-    uint32_t lengthSize_ = 0;
+    uint32_t lengthSize_ = 0; ///< 0: samples are byte streams
 };
 
 template <class Stream>

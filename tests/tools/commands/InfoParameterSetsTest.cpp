@@ -85,6 +85,23 @@ TEST(InfoParameterSets, TellsWhatAnHEVCRecordHoldsAndNoFrameTypes) {
     EXPECT_EQ(sets["frameTypes"], (Json{"unknown", "unknown"}));
 }
 
+TEST(InfoParameterSets, ReadsSamplesBehindARecordWithoutSets) {
+    const Workspace workspace;
+    ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, "a.mp4",
+                                      "-c:v libx265 -tag:v hev1 -x265-params log-level=none:repeat-headers=1",
+                                      2, "128x90"));
+    std::string movie = workspace.Read("a.mp4");
+    constexpr size_t arrayCount = 22;
+    const size_t record = movie.find("hvcC") + 4;
+    movie.at(record + arrayCount) = 0;
+    workspace.Write("a.mp4", movie);
+    const Json sets = ParameterSetsOf(workspace, "a.mp4");
+    EXPECT_EQ(sets["source"], "hvcC");
+    EXPECT_EQ(sets["lengthSize"], 4);
+    ExpectValue(sets, "width", 128);
+    ExpectValue(sets, "height", 90);
+}
+
 TEST(InfoParameterSets, ShowsADifferenceFromTheTrackAsSuch) {
     const Workspace workspace;
     // aspect_ratio_idc 7 ends the analysis of the VUI parameters before any of them is kept.
