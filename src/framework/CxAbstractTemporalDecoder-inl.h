@@ -79,10 +79,10 @@ CxAVError CxAbstractTemporalDecoder<T>::GetDecodedFrame(int32_t frame, Image*& i
     const int32_t lastOfTrack = CxSampleAt(dataSource->GetSampleCount(), -1);
     const int32_t key = dataSource->GetKeySample(sample);
     if (CanGoOn(frame, sample, key, lastOfTrack)) return DecodeFrom(NextSample(), {time, limit, image});
-    // Directly, not by the virtual operation. Kept.
     lastSample = lastFrame = -1;
-    if (Cache() != nullptr) Cache()->ClearCache();
-    ForgetPosition();
+    // This class's own, not the virtual operation. Kept.
+    CxAbstractTemporalDecoder::ClearCachedFrames();
+    Flush();
     return DecodeFrom(std::max(key, 0), {time, limit, image});
 }
 

@@ -2,6 +2,7 @@
 
 #include "framework/CxAVTypes.h"
 #include "iostream/IOHEVCNALPayload.h"
+#include "iostream/SampleFormat.h"
 
 #include <algorithm>
 
@@ -58,7 +59,7 @@ private:
         lengthSize_ = stream_.ParseConfigRecord(record, Stream::recordTag);
         // A record without sets still tells of the length fields; the sets are in the samples then.
         if (lengthSize_ == 0 && record.size() > Stream::lengthSizeByte)
-            lengthSize_ = (record[Stream::lengthSizeByte] & 3) + 1;
+            lengthSize_ = IOStream::LengthSize(record[Stream::lengthSizeByte]);
     }
 
     Stream stream_;
