@@ -17,13 +17,13 @@ endif()
 # The public headers; what else stands in the folders is the libraries' own.
 set(public_headers
     host/ColorConvert.h host/CorvexDoc.h host/CxID.h host/CxString.h host/Edition.h host/Export.h host/Image.h
-    host/ImageFormat.h host/MediaFormat.h host/Object.h host/Platform.h host/Registry.h host/ScriptInfo.h
-    host/ScriptVal.h host/TagList.h
+    host/ImageFormat.h host/Input.h host/InputTags.h host/MediaFormat.h host/Object.h host/Operator.h host/Parameter.h
+    host/Platform.h host/Registry.h host/Request.h host/ScriptInfo.h host/ScriptVal.h host/TagList.h
     framework/CxAbstractAVCodec.h framework/CxAbstractTemporalDecoder.h framework/CxAbstractTemporalDecoder-inl.h
     framework/CxAlignedBuffer.h framework/CxAVCodecRegistry.h framework/CxAVTypes.h framework/CxDecodedFramesCache.h
     framework/Export.h framework/SampleSize.h
     pixel/PixelConvert.h
-    codecs/ProResCodec.h codecs/UncompressedCodecs.h
+    codecs/DNXCodec.h codecs/ProResCodec.h codecs/UncompressedCodecs.h
     iostream/BitBuffer.h iostream/IOElementaryStreamInfo.h iostream/IOFramePayload.h iostream/IOH264NALPayload.h
     iostream/IOHEVCNALPayload.h
     prores/Prx.h)

@@ -1,7 +1,10 @@
 // The one place where back-ends register, while the module loads.
 
+#include "codecs/DNXCodec.h"
 #include "codecs/ProResCodec.h"
 #include "codecs/UncompressedCodecs.h"
+#include "ffmpeg/FFMPEGCodecs.h"
+#include "ffmpeg/FFMPEGFileFormats.h"
 #include "framework/CxAVCodecRegistry.h"
 
 #include <new>
@@ -16,6 +19,9 @@ CxAbstractCodecFactory* Register() {
 /// One line for each back-end, followed by the host format classes that go with it. The order is part of the
 /// interface: of two back-ends that claim one code, the first to register is asked first.
 bool RegisterAll() {
+    CxFFMPEG::g_FFmpegFactory = Register<CxFFMPEG::FFMPEGCodecs>();
+    CxFFMPEG::RegisterFFMPEGFileFormats();
+    g_DNXFactory = Register<DNXCodec>();
     g_ProResFactory = Register<ProResCodec>();
     g_UncompressedFactory = Register<UncompressedCodecs>();
     return true;

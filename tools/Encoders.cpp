@@ -70,6 +70,10 @@ CxEncoderInfo FindEncoder(const std::string& name) {
                     "no such encoder; close: " + CloseNames(name));
 }
 
-uint32_t CodecTag(const CxEncoderInfo& row) { return row.fourCC; }
+uint32_t CodecTag(const CxEncoderInfo& row) {
+    // Many compressions of DNx have one code; all other back-ends know their encoders by it.
+    const bool isDNx = row.fourCC == FourCC("AVdn") || row.fourCC == FourCC("AVdh");
+    return isDNx ? row.codecId : row.fourCC;
+}
 
 bool OffersAlpha(const CxEncoderInfo& row) { return (row.flags & kAlphaFlag) != 0; }

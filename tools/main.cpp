@@ -2,6 +2,7 @@
 
 #include "Cancellation.h"
 #include "CommandLine.h"
+#include "QuietLoading.h"
 
 #include <cstdio>
 #include <new>
@@ -28,6 +29,7 @@ int RunCall(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    EndQuietLoading();
     CatchSignals();
     try {
         return RunCall(argc, argv);

@@ -1,8 +1,8 @@
 #include "codecs/ProResCodec.h"
 
+#include "codecs/PictureBuffer.h"
 #include "codecs/SampleBlobs.h"
 #include "framework/ImageMetadata.h"
-#include "framework/SampleSize.h"
 #include "host/Edition.h"
 #include "host/Image.h"
 #include "pixel/PixelConvert.h"
@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 
 CxAbstractCodecFactory* g_ProResFactory = nullptr;
 
@@ -105,31 +104,17 @@ CxAVError ProResCodec::Open() {
 
 bool ProResCodec::PrepareBuffer(int32_t pictureWidth, int32_t pictureHeight, PrxPixelBuffer& buffer) {
     const uint32_t rowBytes = PrxGetBytesPerRow(static_cast<uint32_t>(pictureWidth), workPacking, 0);
-    const int64_t size = int64_t{pictureHeight} * rowBytes;
-    if (size <= 0 || size > INT32_MAX) return false;
-    const int32_t capacity = workBuffer.capacity;
-    if (!workBuffer.EnsureSize(static_cast<int32_t>(size))) return false;
-    // So that a damaged slice never shows old memory.
-    if (workBuffer.capacity != capacity) std::memset(workBuffer.data, 0, static_cast<size_t>(size));
+    if (!EnsurePicture(workBuffer, int64_t{pictureHeight} * rowBytes)) return false;
     buffer = {static_cast<uint8_t*>(workBuffer.data), static_cast<int32_t>(rowBytes), workPacking,
               pictureWidth, pictureHeight};
     return true;
-}
-
-const uint8_t* ProResCodec::ReadSample(int32_t frame, int32_t& size) {
-    uint8_t* const buffer = GetDataBuffer();
-    const int32_t capacity = GetDataBufferSize();
-    size = capacity;
-    const uint8_t* const sample = dataSource->ReadSample(frame, buffer, size);
-    size = LimitToBuffer(size, sample, buffer, capacity);
-    return size != 0 ? sample : nullptr;
 }
 
 CxAVError ProResCodec::DecodeSample(int32_t frame, Image*& image) {
     PrxPixelBuffer buffer = {};
     if (!PrepareBuffer(width, height, buffer)) return CxAV_FAILED;
     int32_t size = 0;
-    const uint8_t* const sample = ReadSample(frame, size);
+    const uint8_t* const sample = ReadSample(*this, frame, size);
     if (sample == nullptr) return CxAV_FAILED;
     if (PrxDecodeFrame(decoder.get(), sample, size, &buffer, 0, 0) <= 0) {
         std::fprintf(stderr, "Warning: ProResCodec decode failed\n");

@@ -59,11 +59,8 @@ private:
         void operator()(PrxEncoderRef handle) const { PrxDeleteEncoder(handle); }
     };
 
-    /// Makes sure of a picture of this size and describes it. Fresh memory is cleared. False if it has no
-    /// pixels or is too large for a buffer, or memory is short.
+    /// Makes sure of a picture of this size, as `EnsurePicture` does, and describes it.
     bool PrepareBuffer(int32_t pictureWidth, int32_t pictureHeight, PrxPixelBuffer& buffer);
-    /// Sample `frame`, or null.
-    const uint8_t* ReadSample(int32_t frame, int32_t& size);
     CxAVError DecodeSample(int32_t frame, Image*& image);
     CxAVError EncodeImage(Image*& image, CxEncodedFrame& frame);
 

@@ -2,7 +2,13 @@
 
 #include <cstdint>
 
+class CxAbstractAVCodec;
 class Image;
+
+/// Reads sample `index` of the codec's source, which it must have, into the codec's sample buffer.
+/// @param size  out: bytes of the sample that may be read; negative if the source says so
+/// @return null if there is no such sample or it is empty; otherwise valid until the next call
+const uint8_t* ReadSample(CxAbstractAVCodec& codec, int32_t index, int32_t& size);
 
 /// `PixelConvert::BlobToImage` for a blob of `size` bytes.
 /// @return false, with the image unchanged, also for an exception of the host's, and for a blob or a row size

@@ -11,13 +11,16 @@ constexpr int lowestMajor = 58;
 constinit FFmpegBinding processBinding;
 
 /// Tests the version of libavcodec, and says it.
-bool AcceptVersion(unsigned version) {
+bool AcceptVersion(unsigned version, std::string* failure) {
     const auto number = static_cast<int32_t>(version);
     const int major = number >> 16;
     const int minor = (number >> 8) & 0xff;
     const int micro = number & 0xff;
     if (major < lowestMajor) {
         std::fprintf(stderr, "Ignoring unsupported FFmpeg AVCodec Ver: %d.%d.%d\n", major, minor, micro);
+        if (failure != nullptr)
+            *failure = "libavcodec " + std::to_string(major) + " is too old: " + std::to_string(lowestMajor) +
+                       " and higher are bound";
         return false;
     }
     std::printf("FFmpeg AVCodec Ver: %d.%d.%d\n", major, minor, micro);
@@ -31,18 +34,27 @@ bool Store(void* address, Function*& pointer) {
     return pointer != nullptr;
 }
 
+/// Tells of a function that is missing, unless there is a reason for that already.
+bool Lacks(FFmpegLibrary library, const char* name, std::string* failure) {
+    if (failure != nullptr && failure->empty())
+        *failure = std::string(FFmpegFileName(library)) + " has no function " + name;
+    return false;
+}
+
 } // namespace
 
-bool FFmpegBinding::FindFunctions() {
+bool FFmpegBinding::FindFunctions(std::string* failure) {
 #define AND_STORED(library, name, first, last)                                                               \
-    CORVEX_FFMPEG_IN(first, last, &&Store(libraries.Find(FFmpegLibrary::library, #name), functions.name))
+    CORVEX_FFMPEG_IN(first, last,                                                                            \
+                     &&(Store(libraries.Find(FFmpegLibrary::library, #name), functions.name) ||              \
+                        Lacks(FFmpegLibrary::library, #name, failure)))
     return true CORVEX_FFMPEG_FUNCTIONS(AND_STORED);
 #undef AND_STORED
 }
 
-bool FFmpegBinding::BindFFmpegFunctions(const std::string& directory) {
-    if (!libraries.Load(directory)) return false;
-    if (!FindFunctions() || !AcceptVersion(functions.avcodec_version())) {
+bool FFmpegBinding::BindFFmpegFunctions(const std::string& directory, std::string* failure) {
+    if (!libraries.Load(directory, failure)) return false;
+    if (!FindFunctions(failure) || !AcceptVersion(functions.avcodec_version(), failure)) {
         libraries.Unload();
         return false;
     }

@@ -27,12 +27,15 @@ public:
     /// tests the version. If it fails, no function may be called; the libraries are unloaded then, unless one
     /// other than swresample is missing: those that were found stay loaded in that case. Throws
     /// std::bad_alloc, and may be run again then.
-    bool BindFFmpegFunctions(const std::string& directory);
+    /// @param failure  receives the library or function that is missing, or the version that is too low, in
+    ///                 words and empty after a success, if not null
+    bool BindFFmpegFunctions(const std::string& directory, std::string* failure = nullptr);
     const FFmpegFunctions& Functions() const { return functions; }
 
 private:
-    /// Finds the functions in the order of the table, until one is missing.
-    bool FindFunctions();
+    /// Finds the functions in the order of the table, until one is missing, which is told unless `failure`
+    /// has a reason already.
+    bool FindFunctions(std::string* failure);
 
     FFmpegLibraries libraries;
     FFmpegFunctions functions;

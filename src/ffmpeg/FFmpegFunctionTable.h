@@ -92,6 +92,8 @@
     ROW(swscale, sws_freeContext, 58, later) \
     ROW(swscale, sws_getCachedContext, 58, later) \
     ROW(swscale, sws_scale, 58, later) \
+    ROW(swscale, sws_getCoefficients, 58, later) \
+    ROW(swscale, sws_setColorspaceDetails, 58, later) \
     ROW(swresample, swr_alloc, 58, later) \
     ROW(swresample, swr_init, 58, later) \
     ROW(swresample, swr_is_initialized, 58, later) \

@@ -1,5 +1,6 @@
 #include "host/CorvexDoc.h"
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -7,14 +8,35 @@
 
 namespace {
 
-struct Console {
-    std::mutex lock;
-    CorvexDoc::ConsoleHook hook; ///< guarded by `lock`
+/// A hook that any thread may replace while others call it.
+template <typename Hook>
+class HookSlot {
+public:
+    /// A copy to call, so that a hook may send what it receives and set another hook.
+    Hook Get() {
+        const std::lock_guard guard(lock_);
+        return hook_;
+    }
+    void Set(Hook hook) {
+        const std::lock_guard guard(lock_);
+        std::swap(hook_, hook); // the old one is destroyed with the caller's argument, outside the lock
+    }
+
+private:
+    std::mutex lock_;
+    Hook hook_; ///< guarded by `lock_`
+};
+
+/// What the document holds.
+struct State {
+    HookSlot<CorvexDoc::ConsoleHook> console;
+    HookSlot<CorvexDoc::NotifyHook> notifications;
+    std::atomic<int32_t> frameRateDivisor = 0;
 
     /// Never destroyed: other static objects print while the process ends.
-    static Console& Get() {
-        static Console* const console = new Console;
-        return *console;
+    static State& Get() {
+        static State* const state = new State;
+        return *state;
     }
 };
 
@@ -42,10 +64,7 @@ void CorvexDoc::PrintF(EventConsoleSubID level, const char* format, ...) {
     const std::string text = FormatText(format, arguments);
     va_end(arguments);
 
-    Console& console = Console::Get();
-    std::unique_lock guard(console.lock);
-    const ConsoleHook hook = console.hook;
-    guard.unlock(); // a hook may print or set another hook
+    const ConsoleHook hook = State::Get().console.Get();
     if (hook) {
         hook(level, text);
     } else {
@@ -53,8 +72,15 @@ void CorvexDoc::PrintF(EventConsoleSubID level, const char* format, ...) {
     }
 }
 
-void CorvexDoc::SetConsoleHook(ConsoleHook hook) {
-    Console& console = Console::Get();
-    const std::lock_guard guard(console.lock);
-    std::swap(console.hook, hook); // the old one is destroyed by the caller's argument, outside the lock
+void CorvexDoc::SetConsoleHook(ConsoleHook hook) { State::Get().console.Set(std::move(hook)); }
+
+void CorvexDoc::Notify(int32_t code, int32_t argument, Operator* tool) {
+    const NotifyHook hook = State::Get().notifications.Get();
+    if (hook) hook(code, argument, tool);
 }
+
+void CorvexDoc::SetNotifyHook(NotifyHook hook) { State::Get().notifications.Set(std::move(hook)); }
+
+int32_t CorvexDoc::GetFrameRateDivisor() const { return State::Get().frameRateDivisor; }
+
+void CorvexDoc::SetFrameRateDivisor(int32_t divisor) { State::Get().frameRateDivisor = divisor; }

@@ -24,6 +24,17 @@ uint8_t* AlignToRow(void* block) {
 
 Image::~Image() { std::free(pixelBlock_); }
 
+bool Image::SetAttrsTagList(const TagList& tags) {
+    interlaced_ = static_cast<int32_t>(tags.GetLong(ImageTag_Interlaced, interlaced_));
+    return RefObject::SetAttrsTagList(tags) || tags.FindQuery(ImageTag_Interlaced);
+}
+
+bool Image::CopyAttr(Tag key, void* out) {
+    if (key != ImageTag_Interlaced) return RefObject::CopyAttr(key, out);
+    *static_cast<int32_t*>(out) = interlaced_;
+    return true;
+}
+
 bool Image::AllocateRows(int64_t rowBytes) {
     constexpr int64_t largest = std::numeric_limits<int64_t>::max() - rowAlignment;
     if (rowBytes > 0 && Height > largest / rowBytes) return false;
@@ -68,4 +79,9 @@ bool Image::HasHostAccessors() const {
         DataFormat != nullptr ? FindImageKind(DataFormat->Kind) : nullptr;
     return descriptor != nullptr && GetPixel == descriptor->getPixel && SetPixel == descriptor->setPixel &&
            GetPixelFloat == descriptor->getPixelFloat && SetPixelFloat == descriptor->setPixelFloat;
+}
+
+bool Image::HasPlainPixels() const {
+    return HasHostAccessors() && HasMainData() &&
+           PixelStride == static_cast<int32_t>(DataFormat->BytesPerPixel);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/Export.h"
+#include "host/Object.h"
 #include "host/ScriptVal.h"
 
 #include <cstdint>
@@ -38,13 +39,18 @@ struct ImageDataFormat {
     uint32_t BytesPerPixel; ///< bytes of one pixel: 4 for 8-bit, 8 for 16-bit and half, 16 for float
 };
 
+/// Attributes of an image.
+enum ImageTag : Tag {
+    ImageTag_Interlaced = 0x1002000f, ///< int32: not 0 if the rows are of two fields; default 0
+};
+
 /// Progress data that a caller may hand to `Image::DoMultiProcess`; the stand-alone host reads none of it.
 struct ImgMPData;
 
 /// The host's frame object: four interleaved channels R, G, B, A, rows kept bottom row first.
 ///
 /// Different rows of one image may be read and written from different threads at the same time.
-class Image {
+class Image : public RefObject {
 public:
     /// Reads or writes one pixel. `data` is the pixel's address in the main data and `aux` its address in
     /// the second data block; both may be 0. With a null `data`, and on an image without main data, where
@@ -83,6 +89,15 @@ public:
     /// caller may work on the plain interleaved channels itself with the same results.
     CORVEX_HOST_API bool HasHostAccessors() const;
 
+    /// Whether the pixels stand in memory as `Allocate` lays them out, with nothing between them, so that a
+    /// caller may work on rows of interleaved channels with the results of the accessors.
+    CORVEX_HOST_API bool HasPlainPixels() const;
+
+    /// Knows `ImageTag_Interlaced`.
+    CORVEX_HOST_API bool SetAttrsTagList(const TagList& tags) override;
+    /// Knows `ImageTag_Interlaced`.
+    CORVEX_HOST_API bool CopyAttr(Tag key, void* out) override;
+
     /// Whether the image has main pixel data: `RowTable` is neither null nor all ones.
     bool HasMainData() const {
         return RowTable != nullptr && reinterpret_cast<uintptr_t>(RowTable) != UINTPTR_MAX;
@@ -102,6 +117,8 @@ public:
     const ImageDataFormat* DataFormat = nullptr; ///< how channels are stored
     int32_t PixelStride = 0;                     ///< bytes from one pixel to the next in the main data
     int32_t AuxPixelStride = 0;                  ///< the same in the second data block
+    double XAspect = 1.0;                        ///< width of a pixel, in units of its own
+    double YAspect = 1.0;                        ///< height of a pixel, in the same units
     /// Integer accessors. Reading: 8-bit values times 257; half and float are clamped to 0..1 and rounded to
     /// nearest, not-a-number is 0. Writing takes the low 16 bits of each channel: 16-bit images keep them,
     /// 8-bit images round to nearest, float images get the value divided by 65535 in single precision, and
@@ -115,12 +132,11 @@ public:
 
 private:
     Image() = default;
-    ~Image();
-    Image(const Image&) = delete;
-    Image& operator=(const Image&) = delete;
+    ~Image() override;
 
     bool AllocateRows(int64_t rowBytes);
 
     void* pixelBlock_ = nullptr;       ///< the pixel memory, owned; `RowTable` points into it
     std::unique_ptr<uint8_t*[]> rows_; ///< the table that `RowTable` points at, owned
+    int32_t interlaced_ = 0;           ///< `ImageTag_Interlaced`
 };

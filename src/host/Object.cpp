@@ -52,6 +52,8 @@ Object::Object(const Registry* registry, const ScriptVal&, const TagList&) : reg
 
 CorvexDoc* Object::GetDoc() const { return CorvexDoc::Get(); }
 
+const char* Object::futr(const char* text) { return text; }
+
 bool Object::RegInit(Registry*) { return true; }
 
 void Object::RegCleanup(Registry*) {}

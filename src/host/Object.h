@@ -76,6 +76,10 @@ public:
     /// The document that the object belongs to; never null.
     CorvexDoc* GetDoc() const;
 
+    /// Text in the user's language. The stand-alone host has one language and returns `text` itself, which
+    /// may be null.
+    static const char* futr(const char* text);
+
     /// Default init function of a class; true.
     static bool RegInit(Registry* registry);
     /// Default clean-up function of a class.

@@ -292,14 +292,8 @@ static_assert(std::endian::native == std::endian::little, "words are moved as th
 
 HWY_EXPORT(PickConverter);
 
-/// Whether the image's pixels stand in memory as the host lays its kinds out, with nothing between them.
-bool IsPlain(const Image& image) {
-    return image.HasHostAccessors() && image.HasMainData() &&
-           image.PixelStride == static_cast<int32_t>(image.DataFormat->BytesPerPixel);
-}
-
 Image::RowFunction ConverterFor(RowDirection direction, RowPacking packing, const Image& image) {
-    if (!IsPlain(image)) return nullptr;
+    if (!image.HasPlainPixels()) return nullptr;
     const auto kind = static_cast<ImageDataKind>(image.DataFormat->Kind);
     return HWY_DYNAMIC_DISPATCH(PickConverter)(direction, packing, kind);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ffmpeg/FFmpegSearch.h"
+#include "support/LibraryFile.h"
 #include "tools/Workspace.h"
 
 #include <cstdlib>
@@ -52,17 +53,12 @@ public:
     std::string Path(FFmpegLibrary library) const { return workspace_.Path(FFmpegFileName(library)); }
     void Remove(FFmpegLibrary library) const { std::filesystem::remove(Path(library)); }
 
-    /// Takes a function from a library, by changing the name that the file has of it. False if there is none.
+    /// Takes a function from a library. False if it has none.
     bool RemoveFunction(FFmpegLibrary library, const std::string& function) const {
-        const std::string entry = '\0' + function + '\0';
         std::string file = workspace_.Read(FFmpegFileName(library));
-        size_t found = 0;
-        for (size_t at = file.find(entry); at != std::string::npos; at = file.find(entry, at)) {
-            file[at + 1] = '-';
-            ++found;
-        }
+        const bool removed = RemoveFunctionName(file, function);
         workspace_.Write(FFmpegFileName(library), file);
-        return found > 0;
+        return removed;
     }
 
     /// Whether the process has the library loaded.

@@ -154,4 +154,23 @@ TEST(Image, AccessorsOfAnotherKindAreNotTheHostsOwn) {
     Image::Free(image);
 }
 
+TEST(Image, PixelsAreSquareUntilToldOtherwise) {
+    Image* image = Image::Allocate(1, 1, ImageData_RGBA8);
+    EXPECT_EQ(image->XAspect, 1.0);
+    EXPECT_EQ(image->YAspect, 1.0);
+    Image::Free(image);
+}
+
+TEST(Image, ItsFieldsAreAnAttribute) {
+    Image* image = Image::Allocate(1, 1, ImageData_RGBA8);
+    EXPECT_EQ(image->GetAttr(ImageTag_Interlaced, 7), 0);
+    TagList tags;
+    EXPECT_FALSE(image->SetAttrsTagList(tags));
+    tags.Set(ImageTag_Interlaced, 1, false);
+    EXPECT_TRUE(image->SetAttrsTagList(tags));
+    EXPECT_EQ(image->GetAttr(ImageTag_Interlaced, 0), 1);
+    EXPECT_EQ(image->GetAttr(Tag{0x10020010}, 7), 7);
+    Image::Free(image);
+}
+
 } // namespace

@@ -64,4 +64,10 @@ TEST(Reuser, AConstructorThatThrowsGivesItsMemoryBackInEveryForm) {
     EXPECT_EQ(AlignedObject::living, 0);
 }
 
+TEST(Object, TextIsItsOwnTranslation) {
+    const char label[] = "Frame Rate (fps)";
+    EXPECT_EQ(Object::futr(label), label);
+    EXPECT_EQ(Object::futr(nullptr), nullptr);
+}
+
 } // namespace

@@ -46,6 +46,15 @@ std::vector<CxEncoderInfo> CatalogueRows() {
     return rows;
 }
 
+TEST(Registration, TheFFmpegBackEndIsTheFirstWhenTheModuleIsLoaded) {
+    for (const char* const text : {"avc1", "avci", "hvc1", "mp2v", "xdv7", "dvcp", "mp4v", "jpeg", "VP90"}) {
+        const Names names = FactoriesOf(FourCC({text[0], text[1], text[2], text[3], '\0'}));
+        ASSERT_FALSE(names.empty()) << text;
+        EXPECT_EQ(names.front(), "FFmpeg") << text;
+        EXPECT_EQ(std::count(names.begin(), names.end(), "FFmpeg"), 1) << text;
+    }
+}
+
 TEST(Registration, TheUncompressedBackEndIsThereWhenTheModuleIsLoaded) {
     for (const char* const text : {"2vuy", "2Vuy", "uyvy", "yuv2", "v210", "v216", "BGRA", "b64a", "r210"}) {
         const Names names = FactoriesOf(FourCC({text[0], text[1], text[2], text[3], '\0'}));
@@ -57,6 +66,13 @@ TEST(Registration, TheProResBackEndIsThereWhenTheModuleIsLoaded) {
     for (const char* const text : {"apch", "apcn", "apcs", "apco", "ap4h", "ap4x"}) {
         const Names names = FactoriesOf(FourCC({text[0], text[1], text[2], text[3], '\0'}));
         EXPECT_EQ(std::count(names.begin(), names.end(), "Apple ProRes"), 1) << text;
+    }
+}
+
+TEST(Registration, TheDNXBackEndIsThereWhenTheModuleIsLoaded) {
+    for (const uint32_t fourCC : {FourCC("AVdn"), FourCC("AVdh")}) {
+        const Names names = FactoriesOf(fourCC);
+        EXPECT_EQ(std::count(names.begin(), names.end(), "Avid DNX"), 1) << fourCC;
     }
 }
 

@@ -24,6 +24,15 @@ TEST(Encoders, AreFoundByTheirExactDisplayName) {
     EXPECT_EQ(CodecTag(row), FourCC("v210"));
 }
 
+TEST(Encoders, OfDNxAreToldApartByTheirCompressionId) {
+    CxEncoderInfo row;
+    row.codecId = 1242;
+    for (const uint32_t fourCC : {FourCC("AVdn"), FourCC("AVdh")}) {
+        row.fourCC = fourCC;
+        EXPECT_EQ(CodecTag(row), 1242U);
+    }
+}
+
 TEST(Encoders, AreListedFirstByTheNameThatIsCloseToAnUnknownOne) {
     EXPECT_EQ(
         CauseFor("uncompressed yuv 422 10 bit").find("no such encoder; close: 'Uncompressed YUV 422 10-bit'"),

@@ -71,8 +71,8 @@ void TagAsMadeOfRgb(MovieTrackSettings& settings, int matrix) {
     if (settings.colorTransfer == kNotTold) settings.colorTransfer = kBt709;
 }
 
-/// Uncompressed YUV is converted with the BT.709 matrix in video range in both directions, so the tags of a
-/// YUV movie stay true for an uncompressed YUV movie that is made of it.
+/// Uncompressed YUV is converted with the BT.709 matrix in video range in both directions, so the tags of
+/// such a movie stay true for one that is made of it.
 void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
     if (track.movie) {
         settings.colorPrimaries = ToldValue(track.movie->colorPrimaries, kNotTold);
@@ -80,13 +80,13 @@ void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
         settings.colorMatrix = ToldValue(track.movie->colorMatrix, kNotTold);
         settings.colorRange = ToldValue(track.movie->colorRange, kVideoRange);
     }
-    const bool ofYuv = settings.colorMatrix != kMatrixRgb && settings.colorMatrix != kNotTold;
+    const bool isYuv = settings.colorMatrix != kMatrixRgb && settings.colorMatrix != kNotTold;
     if (PackingIsRgb(settings.fourCC)) {
         settings.colorMatrix = kNotTold;
         settings.colorRange = kRangeNotTold;
     } else if (IsProRes(settings.fourCC)) {
         TagAsMadeOfRgb(settings, ProResMatrix(settings.height));
-    } else if (!ofYuv) {
+    } else if (!track.isReadAsBt709 || !isYuv) {
         TagAsMadeOfRgb(settings, kBt709);
     }
 }

@@ -1,6 +1,8 @@
 #include "commands/ListCommand.h"
 
+#include "DNXDiagnosis.h"
 #include "Encoders.h"
+#include "FFmpegDiagnosis.h"
 #include "FourCCText.h"
 #include "Text.h"
 #include "TrackCodes.h"
@@ -15,24 +17,28 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// A back-end that the module may have, and why it is missing if it is.
+/// A back-end that the module may have.
 struct BackEnd {
     const char* name;
-    const char* factory; ///< name of its factory in the registry; null for a host format
-    const char* format;  ///< name of its host format class; null for a codec
-    const char* missing;
+    const char* factory;       ///< name of its factory in the registry; null for a host format
+    const char* format;        ///< name of its host format class; null for a codec
+    std::string (*diagnose)(); ///< why it is missing, or nothing if it could be there; null if none knows
 };
-
-constexpr const char* kNotBuilt = "not part of this build";
 
 constexpr BackEnd kBackEnds[] = {
-    {"FFmpeg", "FFmpeg", nullptr, kNotBuilt},
-    {"Avid DNX", "Avid DNX", nullptr, kNotBuilt},
-    {"Apple ProRes", "Apple ProRes", nullptr, kNotBuilt},
-    {"Uncompressed", "Uncompressed", nullptr, kNotBuilt},
-    {"Media Foundation", "DXVA", nullptr, kNotBuilt},
-    {"Ravenlight Raw", nullptr, "VrelFileFormat", kNotBuilt},
+    {"FFmpeg", "FFmpeg", nullptr, WhyFFmpegIsMissing},
+    {"Avid DNX", "Avid DNX", nullptr, WhyDNXIsMissing},
+    {"Apple ProRes", "Apple ProRes", nullptr, nullptr},
+    {"Uncompressed", "Uncompressed", nullptr, nullptr},
+    {"Media Foundation", "DXVA", nullptr, nullptr},
+    {"Ravenlight Raw", nullptr, "VrelFileFormat", nullptr},
 };
+
+/// Why a back-end that is not there is missing.
+std::string ReasonOf(const BackEnd& backEnd) {
+    const std::string reason = backEnd.diagnose != nullptr ? backEnd.diagnose() : "";
+    return reason.empty() ? "not part of this build" : reason;
+}
 
 std::vector<std::string> FactoryNames(uint32_t fourCC) {
     std::vector<std::string> names;
@@ -48,7 +54,7 @@ bool IsPresent(const BackEnd& backEnd) {
             return std::string(format->ClassName()) == backEnd.format;
         });
     }
-    return std::any_of(std::begin(kTrackCodes), std::end(kTrackCodes), [&](uint32_t code) {
+    return std::ranges::any_of(TrackCodes(), [&](uint32_t code) {
         const std::vector<std::string> names = FactoryNames(code);
         return std::find(names.begin(), names.end(), backEnd.factory) != names.end();
     });
@@ -59,7 +65,7 @@ Json ListBackEnds() {
     for (const BackEnd& backEnd : kBackEnds) {
         const bool present = IsPresent(backEnd);
         Json row = {{"name", backEnd.name}, {"available", present}};
-        if (!present) row["reason"] = backEnd.missing;
+        if (!present) row["reason"] = ReasonOf(backEnd);
         list.push_back(row);
     }
     return list;
@@ -67,7 +73,7 @@ Json ListBackEnds() {
 
 Json ListDecoders() {
     Json list = Json::array();
-    for (const uint32_t code : kTrackCodes) {
+    for (const uint32_t code : TrackCodes()) {
         const std::vector<std::string> names = FactoryNames(code);
         if (!names.empty()) list.push_back({{"fourCC", FourCCText(code)}, {"backEnds", names}});
     }
@@ -87,8 +93,9 @@ Json ListEncoders() {
 
 Json ListFormats() {
     Json list = Json::array();
-    for (const Registry* format : Registry::Formats()) {
+    for (Registry* format : Registry::Formats()) {
         list.push_back({{"name", format->ClassName()},
+                        {"available", format->Start()},
                         {"extensions", format->Extensions()},
                         {"priority", format->Priority()},
                         {"loads", format->CanLoad()},
@@ -115,7 +122,7 @@ std::string TextOfFormats(const Json& list) {
     std::string text;
     for (const Json& row : list)
         text += "  " + row["name"].get<std::string>() + "\t" + Join(row["extensions"], " ") + "\tpriority " +
-                row["priority"].dump() + "\n";
+                row["priority"].dump() + (row["available"].get<bool>() ? "\n" : ", not available\n");
     return text;
 }
 

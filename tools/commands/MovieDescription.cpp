@@ -4,6 +4,7 @@
 #include "FrameRateText.h"
 #include "Text.h"
 #include "commands/Lines.h"
+#include "frames/HostFormats.h"
 #include "framework/CxAVCodecRegistry.h"
 
 namespace {
@@ -31,12 +32,18 @@ Json DescribeColor(const MovieTrackInfo& info) {
             {"transfer", DescribeValue(info.colorTransfer)}};
 }
 
-/// Back-ends of the registry that claim the track's code, the first one to be tried first.
-Json DescribeDecoder(uint32_t fourCC) {
-    Json names = Json::array();
-    for (const CxAbstractCodecFactory* factory : CxAVCodecRegistry::GetDecoderFactories(fourCC))
-        names.push_back(factory->name);
-    return {{"available", CxAVCodecRegistry::CanCreateDecoder(fourCC)}, {"backEnds", names}};
+/// Back-ends of the registry that claim the track's code, and host formats that claim the file's extension,
+/// the first one to be tried first.
+Json DescribeDecoder(const MovieTrackInfo& info) {
+    Json backEnds = Json::array();
+    for (const CxAbstractCodecFactory* factory : CxAVCodecRegistry::GetDecoderFactories(info.fourCC))
+        backEnds.push_back(factory->name);
+    Json formats = Json::array();
+    for (const Registry* format : LoadersOf(info.path))
+        formats.push_back(FormatName(*format));
+    return {{"available", CxAVCodecRegistry::CanCreateDecoder(info.fourCC)},
+            {"backEnds", backEnds},
+            {"formats", formats}};
 }
 
 void DescribeCodec(const MovieTrackInfo& info, Json& object) {
@@ -76,8 +83,10 @@ void AddSourced(Lines& lines, const std::string& name, const Json& value) {
 }
 
 std::string TextOfDecoder(const Json& decoder) {
-    const std::string names = Join(decoder["backEnds"], ", ");
-    return names.empty() ? "none in the registry" : names;
+    const std::string backEnds = Join(decoder["backEnds"], ", ");
+    const std::string formats = Join(decoder["formats"], ", ");
+    return (backEnds.empty() ? "none in the registry" : backEnds) +
+           (formats.empty() ? "" : "; host formats: " + formats);
 }
 
 std::string TextOfSize(const Json& movie, const char* width, const char* height) {
@@ -115,7 +124,7 @@ Json DescribeMovie(const MovieTrackInfo& info) {
     object["streams"] = DescribeStreams(info);
     object["videoStream"] = info.streamIndex;
     DescribeCodec(info, object);
-    object["decoder"] = DescribeDecoder(info.fourCC);
+    object["decoder"] = DescribeDecoder(info);
     DescribePicture(info, object);
     DescribeTime(info, object);
     object["metadata"] = info.metadata;

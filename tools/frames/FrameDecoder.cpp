@@ -1,22 +1,30 @@
 #include "frames/FrameDecoder.h"
 
 #include "FourCCText.h"
+#include "QuietStream.h"
+#include "frames/FormatDecoder.h"
+#include "frames/FrameFailure.h"
 #include "framework/CxAVCodecRegistry.h"
-#include "media/ToolError.h"
 #include "pixel/PixelConvert.h"
-
-#include <filesystem>
 
 namespace {
 
-[[noreturn]] void FailFrame(const std::string& path, int32_t frame, ExitStatus status, const char* cause) {
-    throw ToolError(status, path, "frame " + std::to_string(frame) + ": " + cause);
+/// Bytes of a sample whose rows are packed as `PixelConvert::CalcRowBytes` says; 0 for any other code.
+int64_t PackedSampleBytes(uint32_t fourCC, int32_t width, int32_t height) {
+    const int64_t planes = fourCC == FourCC("rp16") ? 3 : 1;
+    return planes * PixelConvert::CalcRowBytes(fourCC, static_cast<uint32_t>(width)) * height;
+}
+
+/// Whether samples of the track are rows of pixels.
+bool IsPacked(const MovieTrackInfo& track) {
+    return PackedSampleBytes(track.fourCC, track.width, track.height) > 0;
 }
 
 class RegistryDecoder : public FrameDecoder {
 public:
-    RegistryDecoder(std::string path, std::unique_ptr<CxAbstractAVCodec> codec)
-        : FrameDecoder(codec->GetName()), path_(std::move(path)), codec_(std::move(codec)) {}
+    RegistryDecoder(const MovieTrackInfo& track, std::unique_ptr<CxAbstractAVCodec> codec)
+        : FrameDecoder(codec->GetName(), IsPacked(track) ? Matrix::Bt709 : Matrix::OfTrack),
+          path_(track.path), codec_(std::move(codec)) {}
 
     void Decode(int32_t frame, Image* image) override {
         switch (codec_->GetDecodedFrame(frame, image)) {
@@ -32,16 +40,11 @@ private:
     std::unique_ptr<CxAbstractAVCodec> codec_;
 };
 
-/// Bytes of a sample whose rows are packed as `PixelConvert::CalcRowBytes` says; 0 for any other code.
-int64_t PackedSampleBytes(uint32_t fourCC, int32_t width, int32_t height) {
-    const int64_t planes = fourCC == FourCC("rp16") ? 3 : 1;
-    return planes * PixelConvert::CalcRowBytes(fourCC, static_cast<uint32_t>(width)) * height;
-}
-
 /// Reads packings that `PixelConvert` knows and no back-end claims.
 class PackedDecoder : public FrameDecoder {
 public:
-    explicit PackedDecoder(MovieTrackSource& source) : FrameDecoder("pixel conversion"), source_(source) {}
+    explicit PackedDecoder(MovieTrackSource& source)
+        : FrameDecoder("pixel conversion", Matrix::Bt709), source_(source) {}
 
     void Decode(int32_t frame, Image* image) override {
         const std::string& path = source_.Info().path;
@@ -60,15 +63,16 @@ private:
     MovieTrackSource& source_;
 };
 
+/// Back-ends say on standard error why they refuse a track that another may decode.
 std::unique_ptr<FrameDecoder> OpenRegistryDecoder(MovieTrackSource& source) {
+    const QuietStream quiet(stderr);
     std::unique_ptr<CxAbstractAVCodec> codec(CxAVCodecRegistry::CreateDecoder(&source));
     if (!codec) return nullptr;
-    return std::make_unique<RegistryDecoder>(source.Info().path, std::move(codec));
+    return std::make_unique<RegistryDecoder>(source.Info(), std::move(codec));
 }
 
 std::unique_ptr<FrameDecoder> OpenPackedDecoder(MovieTrackSource& source) {
-    if (PackedSampleBytes(source.GetFourCC(), source.GetWidth(), source.GetHeight()) <= 0) return nullptr;
-    return std::make_unique<PackedDecoder>(source);
+    return IsPacked(source.Info()) ? std::make_unique<PackedDecoder>(source) : nullptr;
 }
 
 std::string CodecText(const MovieTrackSource& source) {
@@ -76,20 +80,19 @@ std::string CodecText(const MovieTrackSource& source) {
     return "'" + FourCCText(info.fourCC) + "' (" + info.codecName + ")";
 }
 
-[[noreturn]] void RefuseFormat(const MovieTrackSource& source) {
-    const std::string extension = std::filesystem::path(source.Info().path).extension().string();
-    throw ToolError(ExitStatus::Unsupported, source.Info().path,
-                    "no host format of this build loads '" + extension + "'");
+std::string WhyNothingDecodes(const MovieTrackSource& source, DecodeRoad road) {
+    if (road == DecodeRoad::Format) return WhyNoFormatOpens(source);
+    return "no decoder for track code " + CodecText(source);
 }
 
 } // namespace
 
 std::unique_ptr<FrameDecoder> OpenFrameDecoder(MovieTrackSource& source, DecodeRoad road) {
-    if (road == DecodeRoad::Format) RefuseFormat(source);
-    std::unique_ptr<FrameDecoder> decoder = OpenRegistryDecoder(source);
+    std::unique_ptr<FrameDecoder> decoder;
+    if (road != DecodeRoad::Format) decoder = OpenRegistryDecoder(source);
+    if (!decoder && road != DecodeRoad::Registry) decoder = OpenFormatDecoder(source);
     if (!decoder && road == DecodeRoad::Auto) decoder = OpenPackedDecoder(source);
     if (!decoder)
-        throw ToolError(ExitStatus::Unsupported, source.Info().path,
-                        "no decoder for track code " + CodecText(source));
+        throw ToolError(ExitStatus::Unsupported, source.Info().path, WhyNothingDecodes(source, road));
     return decoder;
 }

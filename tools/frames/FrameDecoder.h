@@ -17,7 +17,10 @@ enum class DecodeRoad {
 /// Turns samples of an open movie into images. One thread at a time.
 class FrameDecoder {
 public:
-    explicit FrameDecoder(std::string backEnd) : backEnd_(std::move(backEnd)) {}
+    /// The matrix by which Y'CbCr becomes RGB.
+    enum class Matrix { OfTrack, Bt709 };
+
+    FrameDecoder(std::string backEnd, Matrix matrix) : backEnd_(std::move(backEnd)), matrix_(matrix) {}
     virtual ~FrameDecoder() = default;
 
     /// Decodes a frame into `image`, which has the movie's size.
@@ -26,9 +29,12 @@ public:
 
     /// Name of what decodes, for people.
     const std::string& BackEnd() const { return backEnd_; }
+    /// Of the track as far as the back-end knows it, or BT.709 whatever the track says.
+    Matrix MatrixUsed() const { return matrix_; }
 
 private:
     std::string backEnd_;
+    Matrix matrix_;
 };
 
 /// Opens a decoder for the movie by the road asked for.

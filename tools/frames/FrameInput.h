@@ -20,7 +20,8 @@ struct FrameTrack {
     bool hasAlpha = false;
     ImageDataKind kind = ImageData_RGBAFloat; ///< that loses nothing of the input
     std::string backEnd;                      ///< what reads the pictures
-    std::optional<MovieTrackInfo> movie;      ///< of a movie alone
+    bool isReadAsBt709 = false; ///< a movie's Y'CbCr has become RGB by BT.709, whatever its own matrix is
+    std::optional<MovieTrackInfo> movie; ///< of a movie alone
 };
 
 /// Pictures in presentation order, of a movie or an image sequence. One thread at a time.

@@ -10,8 +10,9 @@ MovieInput::MovieInput(const std::string& path, DecodeRoad road)
     track_.width = source_->GetWidth();
     track_.height = source_->GetHeight();
     track_.frameCount = source_->GetFrameCount();
-    track_.hasAlpha = CarriesAlpha(source_->GetFourCC());
+    track_.hasAlpha = CarriesAlpha(*track_.movie);
     track_.backEnd = decoder_->BackEnd();
+    track_.isReadAsBt709 = decoder_->MatrixUsed() == FrameDecoder::Matrix::Bt709;
 }
 
 HostImage MovieInput::Read(int64_t index, ImageDataKind kind) {

@@ -3,6 +3,11 @@
 #include "Encoders.h"
 
 #include <algorithm>
+#include <string>
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
 
 namespace {
 
@@ -44,15 +49,25 @@ Packing Find(uint32_t fourCC) {
     return found != std::end(kPackings) ? *found : Packing{fourCC, false, false};
 }
 
+bool IsEncodedWithAlpha(uint32_t fourCC) {
+    return std::ranges::any_of(RegistryEncoders(), [=](const CxEncoderInfo& row) {
+        return row.fourCC == fourCC && OffersAlpha(row);
+    });
+}
+
+/// @param name  FFmpeg's, of a pixel format
+bool PixelsHaveAlpha(const std::string& name) {
+    const AVPixFmtDescriptor* const format = av_pix_fmt_desc_get(av_get_pix_fmt(name.c_str()));
+    return format != nullptr && (format->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+}
+
 } // namespace
 
 bool PackingHasAlpha(uint32_t fourCC) { return Find(fourCC).alpha; }
 
 bool PackingIsRgb(uint32_t fourCC) { return Find(fourCC).rgb; }
 
-bool CarriesAlpha(uint32_t fourCC) {
-    const std::vector<CxEncoderInfo> rows = RegistryEncoders();
-    return PackingHasAlpha(fourCC) || std::any_of(rows.begin(), rows.end(), [&](const CxEncoderInfo& row) {
-               return row.fourCC == fourCC && OffersAlpha(row);
-           });
+bool CarriesAlpha(const MovieTrackInfo& track) {
+    return PackingHasAlpha(track.fourCC) || IsEncodedWithAlpha(track.fourCC) ||
+           PixelsHaveAlpha(track.pixelFormat);
 }

@@ -1,9 +1,10 @@
 #include "images/ImageFileReader.h"
 
+#include "QuietStream.h"
 #include "images/ImageFormats.h"
 #include "images/ImageTypes.h"
 #include "images/PngChunks.h"
-#include "images/QuietStandardError.h"
+
 #include "media/ToolError.h"
 
 #include <OpenImageIO/imageio.h>
@@ -138,11 +139,11 @@ struct ImageFileReader::File {
 
 ImageFileReader::ImageFileReader(const std::string& path) : path_(path), file_(new File) {
     CheckReadable(path);
-    const ImageFormat* format = FindImageFormat(path);
+    const ImageFileFormat* format = FindImageFormat(path);
     if (format == nullptr) throw ToolError(ExitStatus::Unsupported, path, "not a kind of image that is read");
     if (format->name == "png" && !PngChunksAreWhole(path))
         throw ToolError(ExitStatus::Damaged, path, "not a whole PNG file");
-    const QuietStandardError quiet;
+    const QuietStream quiet(stderr);
     file_->input = OIIO::ImageInput::create(std::string(format->name));
     if (!file_->input) throw ToolError(ExitStatus::Unsupported, path, OIIO::geterror());
     OIIO::ImageSpec config;
@@ -167,7 +168,7 @@ HostImage ImageFileReader::Read() {
     HostImage image = NewHostImage(info_.width, info_.height, info_.kind);
     if (!image) throw ToolError(ExitStatus::JobFailed, path_, "not enough memory for the picture");
     pixels.bytes.resize(static_cast<size_t>(spec.width) * spec.height * spec.nchannels * type.size());
-    const QuietStandardError quiet;
+    const QuietStream quiet(stderr);
     if (!file_->input->read_image(0, 0, 0, spec.nchannels, type, pixels.bytes.data()))
         throw ToolError(ExitStatus::Damaged, path_, CauseOf(*file_->input));
     const ChannelMap map = MapChannels(spec);

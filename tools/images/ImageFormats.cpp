@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr ImageFormat kFormats[] = {
+constexpr ImageFileFormat kFormats[] = {
     {"openexr", "exr", {ImageData_RGBAHalf, 16}, false, true},
     {"png", "png", {ImageData_RGBA16, 16}, true, false},
     {"tiff", "tif tiff", {ImageData_RGBA16, 16}, true, true},
@@ -33,7 +33,7 @@ bool ListHas(std::string_view list, const std::string& word) {
     return false;
 }
 
-ImageStorage StorageOf(ImageDepth depth, const ImageFormat& format) {
+ImageStorage StorageOf(ImageDepth depth, const ImageFileFormat& format) {
     switch (depth) {
     case ImageDepth::Bits8: return {ImageData_RGBA8, 8};
     case ImageDepth::Bits16: return {ImageData_RGBA16, 16};
@@ -46,16 +46,16 @@ ImageStorage StorageOf(ImageDepth depth, const ImageFormat& format) {
 
 } // namespace
 
-const ImageFormat* FindImageFormat(const std::string& path) {
+const ImageFileFormat* FindImageFormat(const std::string& path) {
     const std::string extension = ExtensionOf(path);
     const auto* found =
         std::find_if(std::begin(kFormats), std::end(kFormats),
-                     [&](const ImageFormat& format) { return ListHas(format.extensions, extension); });
+                     [&](const ImageFileFormat& format) { return ListHas(format.extensions, extension); });
     return found == std::end(kFormats) ? nullptr : found;
 }
 
 ImageStorage ChooseImageStorage(const std::string& path, ImageDepth depth) {
-    const ImageFormat* format = FindImageFormat(path);
+    const ImageFileFormat* format = FindImageFormat(path);
     if (format == nullptr)
         throw ToolError(ExitStatus::Usage, path, "images are written as .exr, .png, .tif, .tiff or .dpx");
     const bool isFloat = depth == ImageDepth::Half || depth == ImageDepth::Float;

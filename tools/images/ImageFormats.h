@@ -15,7 +15,7 @@ struct ImageStorage {
 };
 
 /// One kind of image file that the command reads and writes.
-struct ImageFormat {
+struct ImageFileFormat {
     std::string_view name;       ///< as OpenImageIO calls it
     std::string_view extensions; ///< separated by blanks, lower case
     ImageStorage defaultStorage;
@@ -24,7 +24,7 @@ struct ImageFormat {
 };
 
 /// The format of a file by its extension, in any case; null for every other file.
-const ImageFormat* FindImageFormat(const std::string& path);
+const ImageFileFormat* FindImageFormat(const std::string& path);
 
 /// How files named like `path` are stored. By default EXR is half, PNG and TIFF have 16 bits, DPX 10.
 /// @throw ToolError (usage) for an extension that is not written, or a depth that its format doesn't have

@@ -11,6 +11,12 @@ AvPacket NewPacket() {
     return packet;
 }
 
+AvFrame NewFrame() {
+    AvFrame frame(av_frame_alloc());
+    if (!frame) throw std::bad_alloc();
+    return frame;
+}
+
 std::string AvErrorText(int error) {
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(error, text.data(), text.size());

@@ -24,6 +24,9 @@ struct AvIoDeleter {
 struct AvPacketDeleter {
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
 };
+struct AvFrameDeleter {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+};
 struct AvCodecContextDeleter {
     void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
 };
@@ -35,12 +38,17 @@ using AvInput = std::unique_ptr<AVFormatContext, AvInputDeleter>;
 using AvOutput = std::unique_ptr<AVFormatContext, AvOutputDeleter>;
 using AvIo = std::unique_ptr<AVIOContext, AvIoDeleter>;
 using AvPacket = std::unique_ptr<AVPacket, AvPacketDeleter>;
+using AvFrame = std::unique_ptr<AVFrame, AvFrameDeleter>;
 using AvCodecContext = std::unique_ptr<AVCodecContext, AvCodecContextDeleter>;
 using AvParser = std::unique_ptr<AVCodecParserContext, AvParserDeleter>;
 
 /// A new packet.
 /// @throw std::bad_alloc
 AvPacket NewPacket();
+
+/// A new frame.
+/// @throw std::bad_alloc
+AvFrame NewFrame();
 
 /// FFmpeg's words for one of its negative results.
 std::string AvErrorText(int error);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -60,9 +61,11 @@ void FrameTable::SetTimes(const std::vector<int32_t>& presentationOrder, Rationa
 
 void FrameTable::SetKeySamples() {
     int32_t key = 0;
+    int32_t keyBefore = 0;
     for (int32_t i = 0; i < SampleCount(); ++i) {
-        if (samples[i].entry.isKey) key = i;
-        samples[i].keySample = key;
+        if (samples[i].entry.isKey) keyBefore = std::exchange(key, i);
+        const bool isLeading = samples[i].entry.presentation < samples[key].entry.presentation;
+        samples[i].keySample = isLeading ? keyBefore : key;
     }
 }
 

@@ -49,6 +49,8 @@ public:
     int64_t DecodeTime(int32_t sample) const;
     int32_t SampleForFrame(int32_t frame) const;
     int32_t FrameForTime(int64_t time) const;
+    /// The sample where a decoder begins for this one: the last key sample at or before it. One that is
+    /// presented before that needs pictures before it too, and has the key sample before.
     int32_t KeySample(int32_t sample) const;
 
 private:

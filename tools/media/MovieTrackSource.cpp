@@ -1,5 +1,6 @@
 #include "media/MovieTrackSource.h"
 
+#include "media/FirstPicture.h"
 #include "media/FrameTable.h"
 #include "media/RawLayout.h"
 #include "media/SampleReader.h"
@@ -56,7 +57,8 @@ MovieTrackSource::~MovieTrackSource() = default;
 
 std::unique_ptr<MovieTrackSource> MovieTrackSource::Open(const std::string& path) {
     auto demuxer = std::make_unique<Demuxer>(path);
-    const TrackScan scan = ScanTrack(*demuxer);
+    TrackScan scan = ScanTrack(*demuxer);
+    HideUndecodableStart(path, scan);
     auto state = std::make_unique<State>(path, std::move(demuxer), scan);
     return std::unique_ptr<MovieTrackSource>(new MovieTrackSource(std::move(state)));
 }

@@ -12,7 +12,8 @@
 ///
 /// Opening reads the whole track once, and the table of samples and frames is what that pass found; nothing
 /// is computed from a rate. Samples stand in decode order, frames in presentation order. A sample that an
-/// edit list hides is a sample, since decoders need it, and no frame.
+/// edit list hides is a sample, since decoders need it, and no frame; so is one at the start of a cut file
+/// that can't be decoded.
 ///
 /// Times are milliseconds, rounded to nearest from the file's exact times. Each sample has a time of its own,
 /// rising in presentation order: where rounding would give two the same, the later one moves up by 1. A file
@@ -61,7 +62,8 @@ public:
     int32_t GetColorMatrix() override;
     int32_t GetColorPrimaries() override;
     int32_t GetReserved() override;
-    /// 0 if no key sample stands at or before `sample`.
+    /// The last key sample at or before `sample` or, for a sample that is presented before that one, the key
+    /// sample before: pictures of both groups may be needed then. 0 if there is none.
     int32_t GetKeySample(int32_t sample) override;
     int64_t GetDecodeTime(int32_t sample) override;
     /// The inverse of `GetSampleTime` for every frame; -1 for any other time.

@@ -1,5 +1,6 @@
 #include "media/RawLayout.h"
 
+#include "ffmpeg/DecoderCodes.h"
 #include "framework/CxAVTypes.h"
 #include "pixel/PixelConvert.h"
 
@@ -23,22 +24,31 @@ constexpr std::array pixelFormatCodes{
     PixelFormatCode{AV_PIX_FMT_ABGR, FourCC("ABGR")},
 };
 
-struct CodecCode {
-    AVCodecID codec;
-    uint32_t fourCC;
-};
+/// The codes of codecs whose tracks come without one, or with one that no back-end claims; for each codec the
+/// first row is what it goes by then. `avc1` and `hvc1` do for byte streams too: decoders tell the form of
+/// the samples from the configuration record.
+constexpr std::array<CxFFMPEG::DecoderCode, 13> codecCodes{{
+    {FourCC("avc1"), AV_CODEC_ID_H264},
+    {FourCC("hvc1"), AV_CODEC_ID_HEVC},
+    {FourCC("mp2v"), AV_CODEC_ID_MPEG2VIDEO},
+    {FourCC("mp4v"), AV_CODEC_ID_MPEG4},
+    {FourCC("jpeg"), AV_CODEC_ID_MJPEG},
+    {FourCC("mjpb"), AV_CODEC_ID_MJPEGB},
+    {FourCC("dvc "), AV_CODEC_ID_DVVIDEO},
+    {FourCC("VP90"), AV_CODEC_ID_VP9},
+    {FourCC("AVdn"), AV_CODEC_ID_DNXHD},
+    {FourCC("AVdh"), AV_CODEC_ID_DNXHD},
+    {FourCC("v210"), AV_CODEC_ID_V210},
+    {FourCC("r210"), AV_CODEC_ID_R210},
+    {FourCC("v408"), AV_CODEC_ID_V408},
+}};
 
-constexpr std::array codecCodes{
-    CodecCode{AV_CODEC_ID_H264, FourCC("avc1")},       CodecCode{AV_CODEC_ID_HEVC, FourCC("hvc1")},
-    CodecCode{AV_CODEC_ID_MPEG2VIDEO, FourCC("mp2v")}, CodecCode{AV_CODEC_ID_MPEG4, FourCC("mp4v")},
-    CodecCode{AV_CODEC_ID_MJPEG, FourCC("jpeg")},      CodecCode{AV_CODEC_ID_VP9, FourCC("VP90")},
-    CodecCode{AV_CODEC_ID_DNXHD, FourCC("AVdn")},      CodecCode{AV_CODEC_ID_V210, FourCC("v210")},
-    CodecCode{AV_CODEC_ID_R210, FourCC("r210")},       CodecCode{AV_CODEC_ID_V408, FourCC("v408")},
-};
-
-bool IsQuickTimeCode(uint32_t tag, AVCodecID codec) {
-    const std::array<const AVCodecTag*, 2> tables{avformat_get_mov_video_tags(), nullptr};
-    return tag != 0 && av_codec_get_id(tables.data(), tag) == codec;
+/// Whether back-ends know the codec by this code.
+bool IsCodeOf(uint32_t fourCC, AVCodecID codec) {
+    const auto isIt = [=](const CxFFMPEG::DecoderCode& row) {
+        return row.fourCC == fourCC && row.codec == codec;
+    };
+    return std::ranges::any_of(CxFFMPEG::DecoderCodes(), isIt) || std::ranges::any_of(codecCodes, isIt);
 }
 
 uint32_t UncompressedFourCC(const AVCodecParameters& parameters, uint32_t tag) {
@@ -66,11 +76,9 @@ int64_t PixelBytes(uint32_t fourCC, int64_t width, int32_t rowBytes) {
 uint32_t RegistryFourCC(const AVCodecParameters& parameters) {
     const uint32_t tag = SwapTag(parameters.codec_tag);
     if (parameters.codec_id == AV_CODEC_ID_RAWVIDEO) return UncompressedFourCC(parameters, tag);
-    if (IsQuickTimeCode(parameters.codec_tag, parameters.codec_id)) return tag;
-    for (const CodecCode& row : codecCodes) {
-        if (row.codec == parameters.codec_id) return row.fourCC;
-    }
-    return tag;
+    if (IsCodeOf(tag, parameters.codec_id)) return tag;
+    const auto own = std::ranges::find(codecCodes, parameters.codec_id, &CxFFMPEG::DecoderCode::codec);
+    return own != codecCodes.end() ? own->fourCC : tag;
 }
 
 bool IsBottomUp(const AVCodecParameters& parameters) {

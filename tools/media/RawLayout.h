@@ -11,8 +11,9 @@
 /// - Uncompressed RGB goes by its bytes in memory: 24 for R, G, B, 32 for A, R, G, B, `BGRA`, `24BG`, `RGBA`,
 ///   `ABGR`. QuickTime's `raw ` of another depth is that depth, which no codec claims.
 /// - Uncompressed 4:2:2 in the order Cb, Y, Cr, Y is `2vuy` or `uyvy`.
-/// - A compressed track with a code that QuickTime does not give its codec (as in AVI, Matroska and transport
-///   streams) goes by the codec's own.
+/// - A track of a codec that back-ends know, with none of the codes by which they know it (as in AVI,
+/// Matroska
+///   and transport streams), goes by one of these.
 /// @return 0 for a track with no code at all
 uint32_t RegistryFourCC(const AVCodecParameters& parameters);
 

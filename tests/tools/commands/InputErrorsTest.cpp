@@ -53,8 +53,9 @@ TEST(InputErrors, AFileWithoutVideoIsUnsupported) {
 
 TEST(InputErrors, ATrackThatNobodyDecodesIsUnsupported) {
     const Workspace workspace;
+    ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, "a.nut", "-c:v ffv1"));
     ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, "a.mov", "-c:v qtrle"));
-    ExpectFailure(RunTool(workspace, "decode a.mov -o a.%d.png"), 5, "a.mov");
+    ExpectFailure(RunTool(workspace, "decode a.nut -o a.%d.png"), 5, "a.nut");
     ExpectFailure(RunTool(workspace, "decode a.mov -o a.%d.png --via registry"), 5, "rle ");
 }
 
@@ -66,8 +67,19 @@ TEST(InputErrors, ATrackThatNoBackEndClaimsIsNotReadThroughTheRegistryAlone) {
 
 TEST(InputErrors, AHostFormatThatIsNotThereIsUnsupported) {
     const Workspace workspace;
+    ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, "a.nut", "-c:v ffv1"));
+    ExpectFailure(RunTool(workspace, "decode a.nut -o a.%d.png --via format"), 5, "a.nut: no host format");
+}
+
+TEST(InputErrors, AHostFormatThatDoesNotOpenTheFileIsNamed) {
+    const Workspace workspace;
     ASSERT_NO_FATAL_FAILURE(MakeMovie(workspace, "a.mov"));
-    ExpectFailure(RunTool(workspace, "decode a.mov -o a.%d.png --via format"), 5, "a.mov: no host format");
+    // The decoder of this stand-in for a codec is in no build of FFmpeg.
+    std::string bytes = workspace.Read("a.mov");
+    bytes.replace(bytes.find("r210"), 4, "zzzz");
+    workspace.Write("a.mov", bytes);
+    ExpectFailure(RunTool(workspace, "decode a.mov -o a.%d.png --via format"), 5,
+                  "FFMPEG Assorted formats doesn't open it");
 }
 
 TEST(InputErrors, AnUnknownCodecIsUnsupportedAndCloseNamesAreListed) {

@@ -122,6 +122,15 @@ TEST(FrameTable, TheKeySampleIsTheLastOneAtOrBefore) {
     EXPECT_EQ(table.KeySample(40), 3);
 }
 
+TEST(FrameTable, ASamplePresentedBeforeItsKeySampleHasTheKeySampleBeforeThat) {
+    const FrameTable table({At(1, 1, true), At(2, 2), At(5, 3, true), At(3, 4), At(4, 5), At(6, 6)},
+                           millisecondTicks, 1);
+    EXPECT_EQ(table.KeySample(2), 2);
+    EXPECT_EQ(table.KeySample(3), 0);
+    EXPECT_EQ(table.KeySample(4), 0);
+    EXPECT_EQ(table.KeySample(5), 2);
+}
+
 TEST(FrameTable, AnEmptyTableAnswersEverything) {
     const FrameTable table;
     EXPECT_EQ(table.FrameCount(), 0);

@@ -1,0 +1,25 @@
+#include "ffmpeg/FFmpegVersions.h"
+
+namespace CxFFMPEG {
+
+int EncodeVideo(AVCodecContext* encoder, AVPacket* packet, const AVFrame* frame, bool& gotPacket) {
+    gotPacket = false;
+    const int sent = FFmpeg().avcodec_send_frame(encoder, frame);
+    // Draining goes on, one packet after the other, after the first null.
+    if (sent < 0 && !(frame == nullptr && sent == AVERROR_EOF)) return sent;
+    const int received = FFmpeg().avcodec_receive_packet(encoder, packet);
+    if (received == AVERROR(EAGAIN) || received == AVERROR_EOF) return 0;
+    gotPacket = received >= 0;
+    return received;
+}
+
+void SetChannels(AVCodecContext& context, int32_t channels) {
+#if LIBAVCODEC_VERSION_MAJOR >= 59
+    FFmpeg().av_channel_layout_default(&context.ch_layout, channels);
+#else
+    context.channels = channels;
+    context.channel_layout = static_cast<uint64_t>(FFmpeg().av_get_default_channel_layout(channels));
+#endif
+}
+
+} // namespace CxFFMPEG

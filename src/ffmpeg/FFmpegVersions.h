@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ffmpeg/FFmpegBinding.h"
+
+#include <cstdint>
+
+// What FFmpeg's majors do in different ways, in the words of one.
+
+namespace CxFFMPEG {
+
+/// Gives an encoder one frame, or null to drain it, and takes at most one packet.
+/// @param gotPacket  out: whether `packet` holds one, which is the caller's to unreference
+/// @return FFmpeg's error code, or 0 or above. A drained encoder is no error
+int EncodeVideo(AVCodecContext* encoder, AVPacket* packet, const AVFrame* frame, bool& gotPacket);
+
+/// Sets number and places of the channels: mono, stereo, or what FFmpeg takes for so many.
+void SetChannels(AVCodecContext& context, int32_t channels);
+
+} // namespace CxFFMPEG

@@ -1,0 +1,58 @@
+#include "ScriptedFormat.h"
+
+#include <map>
+
+namespace {
+
+std::map<std::string, FormatScript*> scripts;
+
+FormatScript& ScriptOf(const Registry& registry) { return *scripts.at(registry.ClassName()); }
+
+class Format : public ImageFormat {
+public:
+    Format(const Registry* registry, const ScriptVal& value, const TagList& tags)
+        : ImageFormat(registry, value, tags), script_(ScriptOf(*registry)) {}
+
+    using ImageFormat::LoadHeaderTagList;
+
+    size_t ObjectSize() const override { return sizeof(Format); }
+    bool CopyAttr(Tag key, void* out) override {
+        constexpr Tag frameRate = 0x200000c8;
+        if (key != frameRate) return ImageFormat::CopyAttr(key, out);
+        *static_cast<double*>(out) = script_.frameRate;
+        return true;
+    }
+    bool LoadHeaderTagList(const char* path, TagList& /*tags*/) override {
+        script_.paths.emplace_back(path);
+        return script_.opens;
+    }
+    bool LoadFrameTagList(uint32_t frame, Image*& image, TagList& /*tags*/) override {
+        script_.frames.push_back(frame);
+        script_.image = image;
+        return frame <= script_.lastFrame;
+    }
+
+private:
+    FormatScript& script_;
+};
+
+bool Init(Registry* registry) { return ScriptOf(*registry).starts; }
+
+Object* Create(const Registry* registry, const ScriptVal& value, const TagList& tags) {
+    return new Format(registry, value, tags);
+}
+
+} // namespace
+
+ScriptedFormat::ScriptedFormat(const char* name, int priority, FormatScript& script) {
+    scripts[name] = &script;
+    const TagItem items[] = {{RegTag_Init, TagItem::FromPtr(Init)},
+                             {RegTag_ParentClass, TagItem::FromPtr(&ImageFormat::ClassID)},
+                             {RegTag_ClassName, TagItem::FromPtr(name)},
+                             {RegTag_Create, TagItem::FromPtr(Create)},
+                             {RegTag_CanLoad, TagItem::FromInt(script.loads ? 1 : 0)},
+                             {RegTag_Extension, TagItem::FromPtr(".mov")},
+                             {RegTag_Priority, TagItem::FromInt(priority)},
+                             {0, 0}};
+    registry_._Init(ClassRegistry, CxID(name, true), TagList(items, false));
+}

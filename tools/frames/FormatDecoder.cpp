@@ -1,0 +1,124 @@
+#include "frames/FormatDecoder.h"
+
+#include "QuietStream.h"
+#include "Text.h"
+#include "frames/FrameFailure.h"
+#include "frames/HostFormats.h"
+#include "host/ImageFormat.h"
+#include "images/HostImage.h"
+#include "media/Demuxer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace {
+
+constexpr Tag kFrameRate = 0x200000c8; ///< attribute of movie formats: frames a second
+
+/// Where a format's frames begin.
+struct FormatStart {
+    int64_t ticks;  ///< time of its frame 0, in the source's ticks
+    bool isMovedTo; ///< only once that frame was decoded: the container tells a later one
+};
+
+FormatStart StartOf(MovieTrackSource& source) {
+    const int64_t first = source.GetFrameTicks(0);
+    const int64_t told = Demuxer(source.Info().path).Track().start_time;
+    if (told == AV_NOPTS_VALUE) return {first, false};
+    // Only where samples are no frames may the container tell of one of these. (Where it has no times of
+    // presentation, what it tells and the source's times have nothing in common.)
+    const bool isOfSample = told < first && source.GetSampleCount() > source.GetFrameCount();
+    return {isOfSample ? told : first, first < told};
+}
+
+/// Decodes through an open host format.
+///
+/// The source numbers the frames that are there, and a format the steps of its own rate from the start that
+/// the container tells. Mostly the numbers are the same. They differ where frames are not evenly spaced,
+/// where the format counts fields, and where the first pictures of a cut file can't be decoded; a frame's
+/// time gives the format's number then.
+class FormatDecoder : public FrameDecoder {
+public:
+    FormatDecoder(const std::string& name, std::unique_ptr<ImageFormat> format, MovieTrackSource& source)
+        : FrameDecoder(name, Matrix::OfTrack), format_(std::move(format)),
+          rate_(format_->GetAttr(kFrameRate, 0.0)), source_(source), start_(StartOf(source)) {}
+
+    void Decode(int32_t frame, Image* image) override {
+        const std::string& path = source_.Info().path;
+        const int64_t number = NumberOf(frame);
+        if (number < 0 || number > kLastNumber)
+            FailFrame(path, frame, ExitStatus::Unsupported, "the host format doesn't count that far");
+        if (NumberOf(frame - 1) == number || NumberOf(frame + 1) == number)
+            FailFrame(path, frame, ExitStatus::Unsupported,
+                      "too close to the next frame for the rate of the host format");
+        if (start_.isMovedTo) Load(0, NewHostImage(1, 1, ImageData_RGBA8).get());
+        start_.isMovedTo = false;
+        if (!Load(number, image)) FailFrame(path, frame, ExitStatus::Damaged, "it can't be decoded");
+    }
+
+private:
+    /// Formats look some frames ahead of the one that they are asked for.
+    static constexpr int64_t kLastNumber = INT32_MAX / 2;
+
+    /// The format's number of a frame; -1 for one that isn't there.
+    int64_t NumberOf(int32_t frame) const {
+        if (frame < 0 || frame >= source_.GetFrameCount()) return -1;
+        if (rate_ <= 0) return frame;
+        const Rational base = source_.GetTimeBase();
+        const auto ticks = static_cast<double>(source_.GetFrameTicks(frame) - start_.ticks);
+        const double seconds = ticks * static_cast<double>(base.num) / static_cast<double>(base.den);
+        return std::llround(std::min(seconds * rate_, static_cast<double>(kLastNumber) + 1));
+    }
+
+    bool Load(int64_t number, Image* image) {
+        TagList tags;
+        return image != nullptr && format_->LoadFrameTagList(static_cast<uint32_t>(number), image, tags);
+    }
+
+    std::unique_ptr<ImageFormat> format_;
+    double rate_; ///< frames a second; 0 if the format doesn't tell
+    const MovieTrackSource& source_;
+    FormatStart start_;
+};
+
+std::unique_ptr<ImageFormat> NewFormat(Registry& registry) {
+    std::unique_ptr<Object> object = registry.Create(ScriptVal(), TagList());
+    std::unique_ptr<ImageFormat> format(dynamic_cast<ImageFormat*>(object.get()));
+    if (format) static_cast<void>(object.release());
+    return format;
+}
+
+/// Formats say on standard error why they refuse a file that another may open.
+std::unique_ptr<ImageFormat> OpenFormat(Registry& registry, const std::string& path) {
+    const QuietStream quiet(stderr);
+    std::unique_ptr<ImageFormat> format = NewFormat(registry);
+    TagList tags;
+    // A path from the root is never taken for a protocol, whatever the file's name.
+    const std::string fullPath = std::filesystem::absolute(path).string();
+    const CxID pictures(CLSID_DataType_Image, true);
+    if (format && !format->LoadHeaderTagList(pictures, fullPath.c_str(), tags)) format.reset();
+    return format;
+}
+
+} // namespace
+
+std::unique_ptr<FrameDecoder> OpenFormatDecoder(MovieTrackSource& source) {
+    for (Registry* registry : LoadersOf(source.Info().path)) {
+        if (auto format = OpenFormat(*registry, source.Info().path))
+            return std::make_unique<FormatDecoder>(FormatName(*registry), std::move(format), source);
+    }
+    return nullptr;
+}
+
+std::string WhyNoFormatOpens(const MovieTrackSource& source) {
+    const std::string extension = std::filesystem::path(source.Info().path).extension().string();
+    std::vector<std::string> names;
+    for (Registry* registry : LoadersOf(source.Info().path))
+        names.push_back(FormatName(*registry) +
+                        (registry->Start() ? " doesn't open it" : " is not available"));
+    if (names.empty()) return "no host format of this build loads '" + extension + "'";
+    return "no host format: " + Join(names, ", ");
+}
