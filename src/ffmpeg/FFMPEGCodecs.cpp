@@ -232,8 +232,7 @@ CxAVError FFMPEGCodecs::DecodePacket(AVPacket* packet, AVFrame*& frame) {
     // The decoder takes nothing before a frame is taken from it.
     const bool isFull = sent == AVERROR(EAGAIN);
     const bool isDrained = sent == AVERROR_EOF && packet->size == 0;
-    // A drained decoder, as one is after a sample that could not be read, takes nothing before a flush
-    // either.
+    // Drained before, as by a sample that could not be read, the decoder takes nothing until it is flushed.
     if (sent == AVERROR_EOF && !isDrained) LosePosition();
     if (sent != 0 && !isFull && !isDrained) return CxAV_FAILED;
     if (frame == nullptr) frame = FFmpeg().av_frame_alloc();

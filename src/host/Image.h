@@ -50,7 +50,7 @@ struct ImgMPData;
 /// The host's frame object: four interleaved channels R, G, B, A, rows kept bottom row first.
 ///
 /// Different rows of one image may be read and written from different threads at the same time.
-class Image : public RefObject {
+class CORVEX_HOST_API Image : public RefObject {
 public:
     /// Reads or writes one pixel. `data` is the pixel's address in the main data and `aux` its address in
     /// the second data block; both may be 0. With a null `data`, and on an image without main data, where

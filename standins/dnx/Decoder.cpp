@@ -33,23 +33,23 @@ Error Decoder::Create(const DNXFrameInformation& information, const DNXUncompres
     Packing packing;
     if (!FindPacking(uncompressed, packing)) return Error::PictureFormat;
     std::unique_ptr<Decoder> made(new Decoder(packing, information.width, information.height));
-    if (!made->Open()) return Error::OutOfMemory;
-    decoder = std::move(made);
-    return Error::None;
+    const Error error = made->Open();
+    if (error == Error::None) decoder = std::move(made);
+    return error;
 }
 
 Decoder::Decoder(const Packing& packing, uint32_t width, uint32_t height)
     : packing_(packing), width_(width), height_(height) {}
 
-bool Decoder::Open() {
+Error Decoder::Open() {
     const AVCodec* const codec = avcodec_find_decoder(AV_CODEC_ID_DNXHD);
     context_ = AllocateContext(codec);
     packet_.reset(av_packet_alloc());
     frame_.reset(av_frame_alloc());
-    if (context_ == nullptr || packet_ == nullptr || frame_ == nullptr) return false;
+    if (context_ == nullptr || packet_ == nullptr || frame_ == nullptr) return Error::OutOfMemory;
     // A damaged header makes it allocate no more than a picture of this size, whose rows it makes longer.
     context_->max_pixels = (int64_t{width_} + 128) * (int64_t{height_} + 128);
-    return avcodec_open2(context_.get(), codec, nullptr) >= 0;
+    return ErrorOf(avcodec_open2(context_.get(), codec, nullptr), Error::NoCodec);
 }
 
 Error Decoder::CheckHeader(const uint8_t* data, uint32_t size) const {
@@ -64,10 +64,9 @@ Error Decoder::DecodePlanes(const uint8_t* data, uint32_t size) {
     int result = avcodec_send_packet(context_.get(), packet_.get());
     av_packet_unref(packet_.get());
     if (result >= 0) result = avcodec_receive_frame(context_.get(), frame_.get());
-    if (result >= 0) return Error::None;
-    // Forgets what it may still hold of this frame.
-    avcodec_flush_buffers(context_.get());
-    return result == AVERROR(ENOMEM) ? Error::OutOfMemory : Error::DamagedFrame;
+    // Forgets what it may still hold of a frame that failed.
+    if (result < 0) avcodec_flush_buffers(context_.get());
+    return ErrorOf(result, Error::DamagedFrame);
 }
 
 Error Decoder::CheckPlanes(const PlaneFormat* planes) const {

@@ -26,7 +26,7 @@ public:
 
 private:
     Decoder(const Packing& packing, uint32_t width, uint32_t height);
-    bool Open();
+    Error Open();
     Error CheckHeader(const uint8_t* data, uint32_t size) const;
     Error DecodePlanes(const uint8_t* data, uint32_t size);
     Error CheckPlanes(const PlaneFormat* planes) const;

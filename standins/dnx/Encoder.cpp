@@ -58,8 +58,8 @@ Error Encoder::Open(const Compression& compression, int width, int height) {
     else
         context_->bit_rate = compression.selector * bitsOfMbit;
     if (compression.interlaced) context_->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
-    if (avcodec_open2(context_.get(), codec, nullptr) < 0) return Error::NoCodec;
-    return AllocateFrame() ? Error::None : Error::OutOfMemory;
+    if (!AllocateFrame()) return Error::OutOfMemory;
+    return ErrorOf(avcodec_open2(context_.get(), codec, nullptr), Error::NoCodec);
 }
 
 /// The frame that pictures are unpacked into. It doesn't tell the order of its fields: the top field is coded
@@ -78,8 +78,7 @@ Error Encoder::EncodePlanes() {
     ++frame_->pts;
     int result = avcodec_send_frame(context_.get(), frame_.get());
     if (result >= 0) result = avcodec_receive_packet(context_.get(), packet_.get());
-    if (result >= 0) return Error::None;
-    return result == AVERROR(ENOMEM) ? Error::OutOfMemory : Error::EncodingFailed;
+    return ErrorOf(result, Error::EncodingFailed);
 }
 
 Error Encoder::Encode(const uint8_t* input, uint32_t inputSize, uint8_t* output, uint32_t outputSize,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dnx/ErrorTexts.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/frame.h>
@@ -18,6 +20,12 @@ struct FreeFFmpegObject {
 using CodecContextPtr = std::unique_ptr<AVCodecContext, FreeFFmpegObject>;
 using FramePtr = std::unique_ptr<AVFrame, FreeFFmpegObject>;
 using PacketPtr = std::unique_ptr<AVPacket, FreeFFmpegObject>;
+
+/// The error that a result of FFmpeg means: none, no memory, or else the given one.
+inline Error ErrorOf(int result, Error otherwise) {
+    if (result >= 0) return Error::None;
+    return result == AVERROR(ENOMEM) ? Error::OutOfMemory : otherwise;
+}
 
 /// A context that isn't open yet, or null without memory. It works on one frame at a time, with all cores,
 /// and is silent: what went wrong is told by error codes alone.

@@ -25,10 +25,8 @@ const std::vector<Stream>& Streams() {
         made.push_back({EncodedTrack({.encoder = "mpeg2video", .bFrames = 2}), FourCC("m2v1")});
         made.push_back({EncodedTrack({.encoder = "mpeg4", .bFrames = 1}), FourCC("mp4v")});
         made.push_back({EncodedTrack({.encoder = "mjpeg", .format = AV_PIX_FMT_YUVJ420P}), FourCC("jpeg")});
-        made.push_back({EncodedTrack({.encoder = "libx265",
-                                      .bFrames = 2,
-                                      .options = "preset=ultrafast:x265-params=log-level=none\\:pools=none"}),
-                        FourCC("hvc1")});
+        made.push_back({EncodedTrack({.encoder = "libvpx-vp9", .options = "deadline=realtime:cpu-used=8"}),
+                        FourCC("VP90")});
         return made;
     }();
     return streams;

@@ -154,7 +154,8 @@ TEST(FFMPEGCodecs, AFailedOpenIsAsIfThereHadBeenNone) {
 
 TEST(FFMPEGCodecs, OpenedAgainItReadsTheNewTrackFromItsStart) {
     EncodedSource first(Track(), FourCC("avc1"));
-    EncodedTrack track({.encoder = "mpeg2video", .frames = 3, .width = 32, .height = 16});
+    const EncodedTrack track(
+        {.encoder = "mpeg2video", .frames = 3, .width = 32, .height = 16, .format = AV_PIX_FMT_YUV422P});
     EncodedSource second(track, FourCC("mp2v"));
     const ImagePtr image = MakeImage(32, 16);
     Image* target = image.get();
@@ -165,7 +166,7 @@ TEST(FFMPEGCodecs, OpenedAgainItReadsTheNewTrackFromItsStart) {
     // A cached frame of the first track has the same time.
     EXPECT_EQ(codec->GetDecodedFrame(1, target), CxAV_OK);
     EXPECT_EQ(FrameOfImage(*target), 1);
-    EXPECT_EQ(MetadataOf(*target, "Compression"), "MPEG-2 video");
+    EXPECT_EQ(MetadataOf(*target, "FrameFormat"), "yuv422p");
 }
 
 TEST(FFMPEGCodecs, EncodingThroughTheCodecInterfaceDoesNothing) {

@@ -160,11 +160,25 @@ TEST_F(FFMPEGFileFormatsTimes, AFrameBeforeTheStartMovesTheStart) {
     ExpectEveryFrame(loaded, 24);
 }
 
-TEST_F(FFMPEGFileFormatsTimes, AFrameBeforeZeroDoesNotMoveTheStart) {
+TEST_F(FFMPEGFileFormatsTimes, AFrameAtZeroDoesNotMoveTheStart) {
     const std::string movie = WriteMovie(workspace, "movie.mkv", GreyTrack());
-    const ChangedStreams changed([](AVStream& stream) { stream.start_time = 120; });
+    const ChangedStreams changed([](AVStream& stream) { stream.start_time = 40; });
     LoadedFormat loaded(movie);
-    EXPECT_EQ(loaded.Load(0), 3) << "the picture at 0 does not, the next one would be at 40";
+    EXPECT_EQ(loaded.Load(0), 1);
+    EXPECT_EQ(loaded.format.FrameToTime(0), 40);
+}
+
+TEST_F(FFMPEGFileFormatsTimes, FramesThatWereCachedBeforeTheStartMovedAreForgotten) {
+    const EncodedTrack oneGroup({.frames = 24});
+    LoadedFormat loaded(WriteMovie(workspace, "late.mkv", oneGroup, {.firstFrame = 25}));
+    // The third picture comes to lie before the first.
+    const ChangedPackets moved([](AVPacket& packet) {
+        if (packet.pts == 1080) packet.pts = packet.dts = 960;
+        return 0;
+    });
+    EXPECT_EQ(loaded.Load(5), 4);
+    EXPECT_EQ(loaded.format.FrameToTime(0), 960);
+    EXPECT_EQ(loaded.Load(1), 0);
 }
 
 TEST_F(FFMPEGFileFormatsTimes, EveryFrameOfATransportStreamIsFound) {

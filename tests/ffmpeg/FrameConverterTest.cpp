@@ -97,6 +97,7 @@ TEST_F(FrameConverterTest, FramesOfEightFormatsGoToTheHostAsTheyAre) {
         const ImagePtr image = MakeImage(32, 16);
         ASSERT_TRUE(converter.ToImage(*frame, false, *image)) << av_get_pix_fmt_name(format);
         EXPECT_TRUE(scalings.targets.empty()) << av_get_pix_fmt_name(format);
+        EXPECT_TRUE(FrameConverter::IsDirect(*frame, *image)) << av_get_pix_fmt_name(format);
     }
 }
 
@@ -116,6 +117,7 @@ TEST_F(FrameConverterTest, AFrameOfAnotherSizeIsConvertedEvenIfTheHostHasItsForm
         const ImagePtr image = MakeImage(width, height);
         ASSERT_TRUE(FrameConverter().ToImage(*frame, false, *image));
         EXPECT_EQ(scalings.targets, std::vector{AV_PIX_FMT_RGB48LE});
+        EXPECT_FALSE(FrameConverter::IsDirect(*frame, *image));
     }
 }
 

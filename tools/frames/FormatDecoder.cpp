@@ -73,7 +73,9 @@ private:
         return std::llround(std::min(seconds * rate_, static_cast<double>(kLastNumber) + 1));
     }
 
+    /// Formats say on standard error where a file ends, which they may meet on the way to any frame.
     bool Load(int64_t number, Image* image) {
+        const QuietStream quiet(stderr);
         TagList tags;
         return image != nullptr && format_->LoadFrameTagList(static_cast<uint32_t>(number), image, tags);
     }

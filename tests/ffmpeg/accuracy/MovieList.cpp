@@ -63,13 +63,6 @@ NumberedMovie Piped(std::string name, const std::string& file, PictureRate rate,
     return {std::move(name), file, rate, "$make $pictures " + options + " pipe: | cat >" + file};
 }
 
-/// The container tells of so many frames. A transport stream tells a length that is rounded down, at 23.976
-/// pictures a second to less than these last.
-NumberedMovie Told(NumberedMovie movie, int count) {
-    movie.toldCount = count;
-    return movie;
-}
-
 NumberedMovie Interlaced(NumberedMovie movie) {
     movie.isInterlaced = true;
     return movie;
@@ -108,7 +101,7 @@ std::vector<NumberedMovie> H264Movies() {
         Movie("H264ClosedFlvAt29_97", "movie.flv", r29_97, h264Closed),
         Movie("H264OpenFlvAt23_976", "movie.flv", r23_976, h264Open),
         Sized(Movie("H264LongGroupMp4At25", "movie.mp4", r25, h264Long), {}, 100),
-        Told(Sized(Movie("H264LongGroupMtsAt23_976", "movie.mts", r23_976, h264Long), {}, 100), 99),
+        Sized(Movie("H264LongGroupMtsAt23_976", "movie.mts", r23_976, h264Long), {}, 100),
         Interlaced(Movie("H264FieldsMovAt25", "movie.mov", r25, h264Fields)),
         Interlaced(Movie("H264FieldsMp4At29_97", "movie.mp4", r29_97, h264Fields)),
         Interlaced(Movie("H264FieldsMtsAt25", "movie.mts", r25, h264Fields)),
@@ -133,7 +126,7 @@ std::vector<NumberedMovie> GroupMovies() {
         Movie("HevcOpenMovAt29_97", "movie.mov", r29_97, hevcOpen),
         Movie("HevcOpenMkvAt59_94", "movie.mkv", r59_94, hevcOpen),
         Movie("HevcOpenMtsAt25", "movie.mts", r25, hevcOpen),
-        Told(Movie("HevcClosedM2tsAt23_976", "movie.m2ts", r23_976, hevcClosed), 59),
+        Movie("HevcClosedM2tsAt23_976", "movie.m2ts", r23_976, hevcClosed),
         Movie("Mpeg2OpenMovAt29_97", "movie.mov", r29_97, mpeg2),
         Movie("Mpeg2ClosedMp4At23_976", "movie.mp4", r23_976, mpeg2Closed),
         Movie("Mpeg2OpenMkvAt25", "movie.mkv", r25, mpeg2),

@@ -3,6 +3,7 @@
 #include "media/RawLayout.h"
 
 #include "MediaFiles.h"
+#include "ffmpeg/DecoderCodes.h"
 #include "framework/CxAVTypes.h"
 #include "media/MovieTrackSource.h"
 
@@ -129,14 +130,47 @@ TEST(RawLayout, Yuv2KeepsItsCode) {
     EXPECT_EQ(MovieTrackSource::Open(folder / "a.mov")->GetFourCC(), FourCC("yuv2"));
 }
 
-TEST(RawLayout, CompressedTracksWithoutAQuickTimeCodeGoByTheirCodec) {
+uint32_t CodeOf(AVCodecID codec, const char* tag = nullptr) {
     AVCodecParameters parameters{};
-    parameters.codec_id = AV_CODEC_ID_H264;
-    EXPECT_EQ(RegistryFourCC(parameters), FourCC("avc1"));
-    parameters.codec_tag = MKTAG('H', '2', '6', '4');
-    EXPECT_EQ(RegistryFourCC(parameters), FourCC("avc1"));
-    parameters.codec_tag = MKTAG('a', 'i', '1', 'p');
-    EXPECT_EQ(RegistryFourCC(parameters), FourCC("ai1p"));
+    parameters.codec_id = codec;
+    if (tag != nullptr) parameters.codec_tag = MKTAG(tag[0], tag[1], tag[2], tag[3]);
+    return RegistryFourCC(parameters);
+}
+
+TEST(RawLayout, TracksWithoutACodeGoByTheirCodec) {
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_H264), FourCC("avc1"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_HEVC), FourCC("hvc1"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_MPEG2VIDEO), FourCC("mp2v"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_MPEG4), FourCC("mp4v"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_MJPEG), FourCC("jpeg"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_VP9), FourCC("VP90"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_DVVIDEO), FourCC("dvc "));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_FFV1), 0U);
+}
+
+TEST(RawLayout, CodesOfOtherContainersBecomeOneOfTheCodec) {
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_H264, "H264"), FourCC("avc1"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_H264, "avc3"), FourCC("avc1"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_HEVC, "dvh1"), FourCC("hvc1"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_MPEG4, "XVID"), FourCC("mp4v"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_MPEG4, "FMP4"), FourCC("mp4v"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_MJPEG, "MJPG"), FourCC("jpeg"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_VP9, "vp09"), FourCC("VP90"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_DVVIDEO, "dv25"), FourCC("dvc "));
+}
+
+TEST(RawLayout, EveryCodeThatFFmpegClaimsStaysWithItsCodec) {
+    for (const CxFFMPEG::DecoderCode& code : CxFFMPEG::DecoderCodes()) {
+        AVCodecParameters parameters{};
+        parameters.codec_id = code.codec;
+        parameters.codec_tag = SwapTag(code.fourCC);
+        EXPECT_EQ(RegistryFourCC(parameters), code.fourCC);
+    }
+}
+
+TEST(RawLayout, ACodeOfAnotherCodecDoesNotStay) {
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_MPEG4, "avc1"), FourCC("mp4v"));
+    EXPECT_EQ(CodeOf(AV_CODEC_ID_HEVC, "avc1"), FourCC("hvc1"));
 }
 
 TEST(RawLayout, ACodeThatNobodyKnowsStays) {
