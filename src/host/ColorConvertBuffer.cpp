@@ -1,5 +1,6 @@
 #include "host/ColorConvertBuffer.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -50,6 +51,12 @@ ColorRow ColorBuffer::Row(int64_t row, int64_t chromaRow) const {
     for (size_t i = 1; i < static_cast<size_t>(layout->planes); ++i)
         result.plane[i] = planes[i] + chromaOffset;
     return result;
+}
+
+int64_t ColorBuffer::OtherChromaRow(int64_t row) const {
+    if (layout->chromaHeight == 1) return row;
+    const int64_t neighbour = row % 2 == 0 ? row / 2 - 1 : row / 2 + 1;
+    return std::clamp<int64_t>(neighbour, 0, ChromaHeight() - 1);
 }
 
 /// `ColorRow::count` of each row. A string of pairs whose row size ends at a lone pixel has only its Cb.

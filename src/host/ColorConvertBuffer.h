@@ -24,6 +24,10 @@ struct ColorBuffer {
 
     /// Row `row` from the top, with the chroma of row `chromaRow` of the chroma planes if there are any.
     ColorRow Row(int64_t row, int64_t chromaRow) const;
+    /// The row of the chroma planes that row `row` takes a quarter of, beside its own: a chroma row stands
+    /// midway between its two luma rows, and the nearer other one counts. The outermost ones repeat. Its own
+    /// row where rows don't share their chroma.
+    int64_t OtherChromaRow(int64_t row) const;
     int64_t ChromaHeight() const { return (height + layout->chromaHeight - 1) / layout->chromaHeight; }
 
 private:

@@ -52,13 +52,9 @@ ColorImage::ColorImage(Image& image, const ColorKernels& kernels, bool precise)
     : image_(image), toImage_(kernels.toImage(WorkingKind(), precise)),
       fromImage_(kernels.fromImage(WorkingKind(), precise)) {}
 
-bool ColorImage::IsPlain() const {
-    return image_.HasHostAccessors() &&
-           image_.PixelStride == static_cast<int32_t>(image_.DataFormat->BytesPerPixel);
-}
-
 ImageDataKind ColorImage::WorkingKind() const {
-    return IsPlain() ? static_cast<ImageDataKind>(image_.DataFormat->Kind) : ImageData_RGBAFloat;
+    return image_.HasPlainPixels() ? static_cast<ImageDataKind>(image_.DataFormat->Kind)
+                                   : ImageData_RGBAFloat;
 }
 
 bool ColorImage::IsUsable() const {
@@ -79,7 +75,7 @@ double ColorImage::White() const {
 void ColorImage::WriteRow(int64_t row, int64_t width, const ColorLines& lines, const ColorToRgb& matrix,
                           float* pixels) const {
     const int32_t imageRow = ImageRow(row);
-    if (IsPlain()) return toImage_(lines, matrix, image_.RowAddress(imageRow), width);
+    if (image_.HasPlainPixels()) return toImage_(lines, matrix, image_.RowAddress(imageRow), width);
     toImage_(lines, matrix, reinterpret_cast<uint8_t*>(pixels), width);
     SetPixels(image_, imageRow, width, pixels);
 }
@@ -87,7 +83,7 @@ void ColorImage::WriteRow(int64_t row, int64_t width, const ColorLines& lines, c
 void ColorImage::ReadRow(int64_t row, int64_t width, const ColorFromRgb& matrix, const ColorLines& lines,
                          float* pixels) const {
     const int32_t imageRow = ImageRow(row);
-    if (IsPlain()) return fromImage_(image_.RowAddress(imageRow), matrix, lines, width);
+    if (image_.HasPlainPixels()) return fromImage_(image_.RowAddress(imageRow), matrix, lines, width);
     GetPixels(image_, imageRow, width, pixels);
     fromImage_(reinterpret_cast<const uint8_t*>(pixels), matrix, lines, width);
 }

@@ -16,6 +16,9 @@ public:
     /// Whether there are pixels to work on: the host's accessors need main data. The accessors of others get
     /// offsets from address 0 without it.
     bool IsUsable() const;
+    /// Whether the pixels stand in memory as bytes, in `PlainRow`.
+    bool HasBytes() const { return WorkingKind() == ImageData_RGBA8; }
+    uint8_t* PlainRow(int64_t row) const { return image_.RowAddress(ImageRow(row)); }
     /// Value of white in the working scale of the image.
     double White() const;
 
@@ -26,7 +29,6 @@ public:
                  float* pixels) const;
 
 private:
-    bool IsPlain() const;
     ImageDataKind WorkingKind() const;
     int32_t ImageRow(int64_t row) const { return static_cast<int32_t>(image_.Height - 1 - row); }
 

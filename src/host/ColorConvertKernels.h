@@ -27,6 +27,15 @@ struct ColorRow {
     int64_t count;
 };
 
+/// One row of 8-bit samples on the way to 8-bit pixels.
+struct ColorByteRow {
+    const uint8_t* luma;
+    /// Chroma, a sample to two pixels, as 2^7 times the distance from 128. The one behind the last sample is
+    /// read.
+    const int16_t* cb;
+    const int16_t* cr;
+};
+
 /// Float channels and samples are taken as 0 if they are not numbers and limited to this, the range of a
 /// half.
 inline constexpr float colorFloatLimit = 65504.0f;
@@ -57,6 +66,13 @@ struct ColorKernels {
     /// The interleaved channels of an image to lines, not limited and not rounded.
     using FromImage = void (*)(const uint8_t* pixels, const ColorFromRgb& matrix, const ColorLines& lines,
                                int64_t count);
+    /// `line` = 3/4 `own` + 1/4 `other` of two rows of chroma bytes, as `ColorByteRow` takes it.
+    using BlendBytes = void (*)(const uint8_t* own, const uint8_t* other, int16_t* line, int64_t count);
+    /// Planes of bytes to the interleaved channels of an image of bytes, in integers of 16 bits. Chroma is
+    /// brought to full rate as `Upsample` does it. Results are within 1/50 step of those of `ToImage` before
+    /// they are rounded.
+    using BytesToImage = void (*)(const ColorByteRow& row, const ColorBytesToRgb& matrix, uint8_t* pixels,
+                                  int64_t count);
 
     int64_t target; ///< the instruction set, as Highway's bit; 0 for the scalar form
     struct Packing {
@@ -67,6 +83,8 @@ struct ColorKernels {
     Upsample upsample;
     Downsample downsample;
     Blend blend;
+    BlendBytes blendBytes;
+    BytesToImage bytesToImage;
     /// Choose for a kind of image. `precise` computes in double precision, which floats need: their values
     /// have no bound that would keep an error in proportion to white.
     ToImage (*toImage)(ImageDataKind kind, bool precise);

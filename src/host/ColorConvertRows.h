@@ -82,6 +82,15 @@ struct ColorRows {
         Steps::Blend(line, other, weight, 0, count);
     }
 
+    static void BlendBytes(const uint8_t* own, const uint8_t* other, int16_t* line, int64_t count) {
+        Steps::BlendBytes(own, other, line, 0, count);
+    }
+
+    static void BytesToImage(const ColorByteRow& row, const ColorBytesToRgb& matrix, uint8_t* pixels,
+                             int64_t count) {
+        Steps::BytesToImage(row, matrix, pixels, 0, count);
+    }
+
     template <typename Real, typename Channel>
     static void ToImage(const ColorLines& lines, const ColorToRgb& matrix, uint8_t* pixels, int64_t count) {
         Steps::template ToImage<Real, Channel>(lines, matrix, pixels, 0, count);
@@ -139,6 +148,8 @@ struct ColorRows {
             .upsample = Upsample,
             .downsample = Downsample,
             .blend = Blend,
+            .blendBytes = BlendBytes,
+            .bytesToImage = BytesToImage,
             .toImage = ToImageOf,
             .fromImage = FromImageOf,
         };

@@ -25,6 +25,20 @@ float WeighRgb(const ColorFromRgb::Weights& weights, Real red, Real green, Real 
 
 inline float LimitChroma(float code) { return std::min(std::max(code, -colorChromaLimit), colorChromaLimit); }
 
+inline int32_t Limit16(int32_t value) { return std::clamp(value, -32768, 32767); }
+
+/// A product of fractions of 2^15, rounded to nearest.
+inline int32_t MultiplyBy15Bits(int32_t a, int32_t b) { return (a * b + (1 << 14)) >> 15; }
+
+/// 2^8 times the chroma of the pixel at `x`, from samples that stand at every other pixel.
+inline int32_t ChromaAt(const int16_t* line, int64_t x) {
+    const int16_t* const sample = line + x / 2;
+    return sample[0] + sample[x % 2];
+}
+
+/// The byte of a channel of which 2^7 are a step and 0 stands for 128. Doubling it limits it.
+inline uint8_t ByteOf(int32_t channel) { return static_cast<uint8_t>((Limit16(2 * channel) >> 8) + 128); }
+
 /// The stages of `ColorKernels` in their scalar form, over the elements from `begin` to before `end` of a
 /// row. The vector forms finish their rows with it.
 struct Steps {
@@ -166,6 +180,33 @@ struct Steps {
     static void Blend(float* line, const float* other, float weight, int64_t begin, int64_t end) {
         for (int64_t i = begin; i < end; ++i)
             line[i] = line[i] * weight + other[i] * (1 - weight);
+    }
+
+    // Bytes to bytes
+
+    static void BlendBytes(const uint8_t* own, const uint8_t* other, int16_t* line, int64_t begin,
+                           int64_t end) {
+        for (int64_t i = begin; i < end; ++i)
+            line[i] = static_cast<int16_t>((3 * own[i] + other[i] - 4 * 128) * 32);
+    }
+
+    static void BytesToImage(const ColorByteRow& row, const ColorBytesToRgb& matrix, uint8_t* pixels,
+                             int64_t begin, int64_t end) {
+        for (int64_t x = begin; x < end; ++x) {
+            const auto luma = static_cast<int32_t>(row.luma[x] * 256u * matrix.luma >> 16);
+            const int32_t y = luma + matrix.offset;
+            const int32_t cb = ChromaAt(row.cb, x);
+            const int32_t cr = ChromaAt(row.cr, x);
+            const int32_t halfBlue = MultiplyBy15Bits(cb, matrix.halfCbToBlue);
+            const int32_t green = Limit16(y + MultiplyBy15Bits(cb, matrix.cbToGreen));
+            const std::array<uint8_t, 4> pixel = {
+                ByteOf(Limit16(y + MultiplyBy15Bits(cr, matrix.crToRed))),
+                ByteOf(Limit16(green + MultiplyBy15Bits(cr, matrix.crToGreen))),
+                ByteOf(Limit16(Limit16(y + halfBlue) + halfBlue)),
+                255,
+            };
+            std::memcpy(pixels + x * int64_t{sizeof pixel}, pixel.data(), sizeof pixel);
+        }
     }
 
     // Images

@@ -29,13 +29,9 @@ private:
         unpack(buffer_.Row(row, chromaRow), scratch.Lines());
         if (layout_.chromaHeight == 1) return;
 
-        // A chroma row stands midway between its two luma rows, so that each of them is a quarter of the way
-        // to the chroma row on its other side. The outermost chroma rows repeat.
-        const int64_t neighbour = row % 2 == 0 ? chromaRow - 1 : chromaRow + 1;
-        const int64_t farRow = std::clamp<int64_t>(neighbour, 0, buffer_.ChromaHeight() - 1);
-        const ColorLines farLines = scratch.SecondLines();
-        unpack(buffer_.Row(row, farRow), farLines);
-        kernels_.blend(scratch.Lines().chroma, farLines.chroma, 0.75f,
+        const ColorLines otherLines = scratch.SecondLines();
+        unpack(buffer_.Row(row, buffer_.OtherChromaRow(row)), otherLines);
+        kernels_.blend(scratch.Lines().chroma, otherLines.chroma, 0.75f,
                        2 * layout_.ChromaCount(buffer_.width));
     }
 
@@ -56,6 +52,39 @@ private:
     const ColorKernels& kernels_;
 };
 
+/// Planes of bytes to an image of bytes, which has a way of its own: most movies take it.
+class BytesToImage {
+public:
+    BytesToImage(const ColorBuffer& buffer, const ColorImage& image, const ColorBytesToRgb& matrix,
+                 const ColorKernels& kernels)
+        : buffer_(buffer), image_(image), matrix_(matrix), kernels_(kernels) {}
+
+    void operator()(const ColorScratch& scratch, int64_t begin, int64_t end) const {
+        // Words in the room of floats. They are written before they are read.
+        const auto cb = reinterpret_cast<int16_t*>(scratch.Lines().cb);
+        const auto cr = reinterpret_cast<int16_t*>(scratch.Lines().cr);
+        for (int64_t row = begin; row < end; ++row) {
+            const ColorRow own = buffer_.Row(row, row / buffer_.layout->chromaHeight);
+            const ColorRow other = buffer_.Row(row, buffer_.OtherChromaRow(row));
+            BlendRow(own.plane[1], other.plane[1], cb);
+            BlendRow(own.plane[2], other.plane[2], cr);
+            kernels_.bytesToImage({own.plane[0], cb, cr}, matrix_, image_.PlainRow(row), buffer_.width);
+        }
+    }
+
+private:
+    void BlendRow(const uint8_t* own, const uint8_t* other, int16_t* line) const {
+        const int64_t pairs = buffer_.layout->ChromaCount(buffer_.width);
+        kernels_.blendBytes(own, other, line, pairs);
+        line[pairs] = line[pairs - 1];
+    }
+
+    const ColorBuffer& buffer_;
+    const ColorImage& image_;
+    const ColorBytesToRgb matrix_;
+    const ColorKernels& kernels_;
+};
+
 } // namespace
 
 bool ConvertColorToImage(Image* image, const TagList& tags, const ColorKernels& kernels) {
@@ -66,5 +95,9 @@ bool ConvertColorToImage(Image* image, const TagList& tags, const ColorKernels& 
     if (!pixels.IsUsable()) return false;
     const ColorToRgb matrix =
         MakeColorToRgb(tags.GetLong(ColorTag_Matrix, 1), buffer->layout->range, pixels.White());
+    if (buffer->layout->packing == ColorPacking::Planar8 && pixels.HasBytes()) {
+        const BytesToImage convert(*buffer, pixels, MakeColorBytesToRgb(matrix), kernels);
+        return RunColorTasks(*image, *buffer, convert);
+    }
     return RunColorTasks(*image, *buffer, ToImage(*buffer, pixels, matrix, kernels));
 }

@@ -7,6 +7,7 @@
 
 #include <hwy/highway.h>
 
+#include "host/ColorConvertVectorBytes-inl.h"
 #include "host/ColorConvertVectorImage-inl.h"
 #include "host/ColorConvertVectorPack-inl.h"
 
@@ -67,7 +68,7 @@ private:
     }
 };
 
-struct Steps : PackSteps, ImageSteps, ChromaSteps {};
+struct Steps : PackSteps, ImageSteps, ChromaSteps, ByteSteps {};
 
 const ColorKernels& Kernels() {
     static constexpr ColorKernels kernels = ColorRows<Steps>::Kernels(HWY_TARGET);

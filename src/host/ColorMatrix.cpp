@@ -1,5 +1,7 @@
 #include "host/ColorMatrix.h"
 
+#include <cmath>
+
 namespace {
 
 /// Share of red and blue in luma.
@@ -46,5 +48,19 @@ ColorFromRgb MakeColorFromRgb(int64_t selector, const ColorRange& range, double 
         .black = range.black,
         .zero = range.zero,
         .alpha = range.opaque / white,
+    };
+}
+
+ColorBytesToRgb MakeColorBytesToRgb(const ColorToRgb& matrix) {
+    const auto scaled = [](double value) { return static_cast<int16_t>(std::lround(value * (1 << 14))); };
+    // The product of luma is cut off, half a unit below the exact one on average.
+    const double offset = 128 * (0.5 - 128 - matrix.black * matrix.luma) + 0.5;
+    return {
+        .luma = static_cast<uint16_t>(std::lround(matrix.luma * (1 << 15))),
+        .offset = static_cast<int16_t>(std::lround(offset)),
+        .crToRed = scaled(matrix.crToRed),
+        .cbToGreen = scaled(matrix.cbToGreen),
+        .crToGreen = scaled(matrix.crToGreen),
+        .halfCbToBlue = scaled(matrix.cbToBlue / 2),
     };
 }
