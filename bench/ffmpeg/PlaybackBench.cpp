@@ -41,9 +41,12 @@ bool RegisterAll() {
     for (const BenchMovie& movie : benchMovies) {
         for (const Depth& depth : depths) {
             const std::string name = std::string("ffmpeg/play_") + movie.name + "_to_" + depth.name;
-            benchmark::RegisterBenchmark((name + "/ours").c_str(), Ours, movie, depth)->UseRealTime();
+            benchmark::RegisterBenchmark((name + "/ours").c_str(), Ours, movie, depth)
+                ->UseRealTime()
+                ->MinTime(1.5);
             benchmark::RegisterBenchmark((name + "/ffmpeg_swscale").c_str(), Peer, movie, depth)
-                ->UseRealTime();
+                ->UseRealTime()
+                ->MinTime(1.5);
         }
     }
     return true;

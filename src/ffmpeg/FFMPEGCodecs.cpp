@@ -90,7 +90,7 @@ void ProvideExtradata(CxAbstractDataSource& source, AVCodecContext& context) {
     if (isOwn || !IsAvcIntra(source.GetFourCC())) return;
     // This asks for `width`, while it is `coded_width` that holds the track's by now: `width` is as the
     // context was allocated. Kept.
-    const auto sets = AvcIntraParameterSets(context.width, source.GetFieldOrder());
+    const auto sets = AvcIntraParameterSets(context.width, context.field_order);
     if (!sets.empty()) SetExtradata(sets, context);
 }
 
@@ -252,6 +252,7 @@ CxAVError FFMPEGCodecs::SendAgain(const AVPacket& packet) {
     Say("ReSending packet\n");
     const int sent = FFmpeg().avcodec_send_packet(context.get(), &packet);
     if (sent < 0) Say("Failed to frame\n");
+    if (sent != 0) LosePosition();
     return sent == 0 ? CxAV_OK : CxAV_FAILED;
 }
 

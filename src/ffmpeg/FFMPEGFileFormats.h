@@ -43,8 +43,7 @@ public:
     /// @return false, with no file open, if FFmpeg can't read it or is not there
     bool OpenFile(const char* path, const TagList& tags) override;
     bool LoadHeaderTagList(const CxID& dataType, const char* path, TagList& tags) override;
-    /// Ends what is being written, and closes the file and the decoder. What was found out of the stream's
-    /// times stays. True.
+    /// Closes the file and the decoder. What was found out of the stream's times stays. True.
     bool CloseFile() override;
     /// Opens a file, unless it is open already, and a decoder for its best video stream, and counts the
     /// frames. The first file's start time and count stay for the object's life. Kept.
@@ -73,7 +72,7 @@ private:
     void CloseDecoder();
     FramePointer FindFrame(int32_t frame);
     FramePointer DecodeTo(int32_t frame, std::optional<int32_t>* first);
-    FramePointer DecodeNext(AVPacket& packet, int64_t limit);
+    FramePointer DecodeNext(AVPacket& packet, int64_t limit, int32_t& packetsPast);
     int64_t TimeOf(const AVFrame& frame);
     bool Jump(int32_t frame, int flags);
     void MoveStart(int64_t time);

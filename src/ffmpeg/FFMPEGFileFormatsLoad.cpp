@@ -4,6 +4,7 @@
 #include "framework/ImageMetadata.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace CxFFMPEG {
@@ -46,7 +47,10 @@ FramePointer FFMPEGFileFormats::FindFrame(int32_t frame) {
         if (decoded != nullptr || frame >= frameCount) return decoded;
     }
     for (int64_t back = 0; back <= frame; back = std::max<int64_t>(mostReordered, 4 * back)) {
-        if (!Jump(static_cast<int32_t>(frame - back), AVSEEK_FLAG_BACKWARD)) return nullptr;
+        if (!Jump(static_cast<int32_t>(frame - back), AVSEEK_FLAG_BACKWARD)) {
+            if (back == 0) return nullptr;
+            break;
+        }
         input.PassToKeyPicture();
         std::optional<int32_t> first;
         FramePointer decoded = DecodeTo(frame, &first);
@@ -75,14 +79,23 @@ bool FFMPEGFileFormats::Jump(int32_t frame, int flags) {
 FramePointer FFMPEGFileFormats::DecodeTo(int32_t frame, std::optional<int32_t>* first) {
     const int32_t ahead = mostFramesPast + std::max(codec->GetLookAhead(), 1);
     const int64_t limit = FrameToTime(FramesAfter(frame, ahead));
+    int32_t packetsPast = ahead;
+    std::optional<int32_t> previous;
+    if (lastTime != noTime) previous = TimeToFrame(lastTime);
     // Stays so until the frame is there: what else is read is lost, be it for a failure or want of memory.
     lastTime = noTime;
     const PacketPointer packet(FFmpeg().av_packet_alloc());
-    while (FramePointer decoded = packet != nullptr ? DecodeNext(*packet, limit) : nullptr) {
+    while (FramePointer decoded = packet != nullptr ? DecodeNext(*packet, limit, packetsPast) : nullptr) {
         const int64_t time = TimeOf(*decoded);
-        if (time == AV_NOPTS_VALUE) continue;
+        if (time == AV_NOPTS_VALUE) {
+            // Where pictures have no times there is no place that leads to the frame.
+            if (first != nullptr && !*first) *first = std::numeric_limits<int32_t>::min();
+            continue;
+        }
         MoveStart(time);
         const int32_t number = TimeToFrame(time);
+        // Of two pictures of one number the first is the frame, in whatever order frames are asked for.
+        if (std::exchange(previous, number) == number) continue;
         if (number == frame) {
             lastTime = time;
             return decoded;
@@ -96,15 +109,17 @@ FramePointer FFMPEGFileFormats::DecodeTo(int32_t frame, std::optional<int32_t>* 
 }
 
 /// Feeds packets until a frame comes out.
-/// @param packet  one to read into
-/// @return null at the end, after a failure, or if a packet's time is past the limit
-FramePointer FFMPEGFileFormats::DecodeNext(AVPacket& packet, int64_t limit) {
+/// @param packet       one to read into
+/// @param packetsPast  in, out: packets past the limit that may still be fed: behind a gap in the stream they
+///                     bring out the frames before it, which the decoder holds back
+/// @return null at the end, after a failure, or with a packet past the limit too many
+FramePointer FFMPEGFileFormats::DecodeNext(AVPacket& packet, int64_t limit, int32_t& packetsPast) {
     FramePointer decoded;
     CxAVError result = CxAV_NEED_MORE_DATA;
     // At the end of the file the packet is empty, which drains the decoder.
     for (bool isEnd = false; result == CxAV_NEED_MORE_DATA && !isEnd;) {
         isEnd = !input.Read(packet);
-        if (packet.pts > limit) break;
+        if (packet.pts > limit && --packetsPast < 0) break;
         if (input.HasDecodingTimes() && !isEnd) waitingTimes.insert(packet.pts);
         AVFrame* frame = decoded.release();
         result = codec->DecodePacket(&packet, frame);

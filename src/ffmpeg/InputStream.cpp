@@ -29,7 +29,7 @@ bool InputStream::ChooseVideo() {
     hasDecodingTimes = false;
     file->flags |= AVFMT_FLAG_GENPTS;
     for (unsigned i = 0; i < file->nb_streams; ++i)
-        if (file->streams[i] != stream) file->streams[i]->discard = AVDISCARD_ALL;
+        file->streams[i]->discard = file->streams[i] == stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     return true;
 }
 

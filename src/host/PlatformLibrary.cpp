@@ -18,6 +18,16 @@ std::string PlatformLibraryName(const std::string& name) {
     return name.substr(0, stemStart) + "lib" + name.substr(stemStart, stemEnd - stemStart) + ".so";
 }
 
+/// Where this library lies, with a '/' at the end; empty if that can't be told.
+std::string OwnDirectory() {
+    Dl_info info = {};
+    if (dladdr(reinterpret_cast<const void*>(&LoadLib), &info) == 0 || info.dli_fname == nullptr) return {};
+    const std::string path = info.dli_fname;
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+void* Load(const std::string& name) { return dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL); }
+
 } // namespace
 
 Library* LoadLib(const char* name, int, CxStringT<char>* error) {
@@ -26,8 +36,14 @@ Library* LoadLib(const char* name, int, CxStringT<char>* error) {
         if (error != nullptr) *error = "no library name";
         return nullptr;
     }
-    void* const handle = dlopen(PlatformLibraryName(name).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr && error != nullptr) *error = dlerror();
+    const std::string file = PlatformLibraryName(name);
+    void* handle = Load(file);
+    if (handle == nullptr) {
+        const std::string reason = dlerror();
+        // The system's loader looks here by itself, unless a tool stands between it and this library.
+        if (file.find('/') == std::string::npos) handle = Load(OwnDirectory() + file);
+        if (handle == nullptr && error != nullptr) *error = reason.c_str();
+    }
     return static_cast<Library*>(handle);
 }
 

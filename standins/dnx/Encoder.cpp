@@ -17,12 +17,17 @@ bool CodesStructure(const Compression& compression, uint32_t structure) {
            (structure == dnxStructureInterlaced && compression.interlaced);
 }
 
+uint32_t ColorOf(const Compression& compression) {
+    return FindPlaneFormat(compression.format)->color == PlaneColor::Rgb ? dnxColorRgb : dnxColorYCbCr;
+}
+
 } // namespace
 
 Error CheckParameters(const DNXCompressedParameters& parameters, const Compression*& compression) {
     compression = FindCompression(parameters.compressionId);
     if (compression == nullptr) return Error::UnknownCompression;
     if (parameters.alpha != 0) return Error::Alpha;
+    if (parameters.colorFormat != ColorOf(*compression)) return Error::PictureFormat;
     return AllowsSize(*compression, parameters.width, parameters.height) ? Error::None : Error::PictureSize;
 }
 

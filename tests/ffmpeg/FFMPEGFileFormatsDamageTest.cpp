@@ -169,7 +169,8 @@ int Negative(AVPacket& packet) {
     return 0;
 }
 int Falling(AVPacket& packet) {
-    packet.pts = packet.dts = std::numeric_limits<int32_t>::min() + 1000 - 40 * ChangedPackets::count;
+    constexpr int64_t first = std::numeric_limits<int32_t>::min();
+    packet.pts = packet.dts = first + 1000 - 40 * ChangedPackets::count;
     return 0;
 }
 int Sparse(AVPacket& packet) {
@@ -226,6 +227,31 @@ TEST_F(FFMPEGFileFormatsDamage, AFailureInTheMiddleEndsThePlaybackAndTheNextFram
     const SoughtPlaces sought;
     EXPECT_EQ(loaded.Load(1), 1);
     EXPECT_EQ(SoughtPlaces::Count(), 1);
+}
+
+TEST_F(FFMPEGFileFormatsDamage, FramesOnBothSidesOfALongGapLoad) {
+    const auto openGap = [](AVPacket& packet) {
+        if (packet.pts < 12) return;
+        packet.pts += 200;
+        packet.dts += 200;
+    };
+    LoadedFormat loaded(WriteMovie(workspace, "gap.mkv", GreyTrack(), {.change = openGap}));
+    for (int frame = 0; frame < 12; ++frame)
+        EXPECT_EQ(loaded.Load(frame), frame);
+    for (int frame = 11; frame >= 0; --frame)
+        EXPECT_EQ(loaded.Load(frame), frame);
+    EXPECT_EQ(loaded.Load(212), 12);
+    EXPECT_EQ(loaded.Load(9), 9);
+}
+
+TEST_F(FFMPEGFileFormatsDamage, OfTwoPicturesOfOneNumberTheFirstIsGivenInAnyOrder) {
+    LoadedFormat loaded(WriteMovie(workspace, "movie.mkv", GreyTrack()));
+    const ChangedPackets changed([](AVPacket& packet) {
+        if (packet.pts == 200) packet.pts = 176;
+        return 0;
+    });
+    for (const int frame : {4, 6, 4, 7, 3, 4})
+        EXPECT_EQ(loaded.Load(frame), frame);
 }
 
 TEST_F(FFMPEGFileFormatsDamage, APacketThatTheDecoderRefusesFailsItsFrame) {

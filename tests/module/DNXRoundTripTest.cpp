@@ -49,18 +49,28 @@ ImagePtr DecodedOf(uint32_t fourCC, int32_t width, int32_t height, const Bytes& 
     MemoryTrackSource source(fourCC, width, height, {sample});
     const CodecPointer decoder = NewDecoder(source);
     ImagePtr image = MakeImage(width, height);
-    EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_OK);
+    EXPECT_NE(decoder, nullptr);
+    if (decoder != nullptr) {
+        EXPECT_EQ(Decode(*decoder, 0, image.get()), CxAV_OK);
+    }
     return image;
 }
 
-TEST(DNXRoundTrip, EveryCompressionOfDNxHRThatIsThereKeepsASmoothPicture) {
+TEST(DNXRoundTrip, EveryCompressionOfDNxHRKeepsASmoothPicture) {
+    struct Row {
+        const char* name;
+        uint32_t id;
+        const char* depth; // the library that stands in codes 10 bits at most
+    };
     const ImagePtr image = SmoothImage(256, 128);
-    for (const auto& [name, id] :
-         {std::pair{"DNxHR LB 8bit", 1274U}, {"DNxHR SQ 8bit", 1273U}, {"DNxHR HQ 8bit", 1272U}}) {
-        const Bytes sample = EncodedAs(name, id, image.get());
+    for (const Row& row : {Row{"DNxHR LB 8bit", 1274, "8bit"}, Row{"DNxHR SQ 8bit", 1273, "8bit"},
+                           Row{"DNxHR HQ 8bit", 1272, "8bit"}, Row{"DNxHR HQX 12bit", 1271, "10bit"},
+                           Row{"DNxHR 444 12bit", 1270, "10bit"}}) {
+        const Bytes sample = EncodedAs(row.name, row.id, image.get());
         const ImagePtr decoded = DecodedOf(hrCode, 256, 128, sample);
-        EXPECT_LT(Distance(*image, *decoded), 0.02) << name;
-        EXPECT_STREQ(decoded->ImageInfo.FindKeyConst("Metadata").FindKeyConst("Depth").ToString(""), "8bit");
+        EXPECT_LT(Distance(*image, *decoded), 0.01) << row.name;
+        EXPECT_STREQ(decoded->ImageInfo.FindKeyConst("Metadata").FindKeyConst("Depth").ToString(""),
+                     row.depth);
     }
 }
 
@@ -68,7 +78,7 @@ TEST(DNXRoundTrip, A720pFrameOfDNxHDKeepsASmoothPicture) {
     const ImagePtr image = SmoothImage(1280, 720);
     const Bytes sample = EncodedAs("DNxHD SQ 720p 8bit", 1252, image.get());
     const ImagePtr decoded = DecodedOf(FourCC("AVdn"), 1280, 720, sample);
-    EXPECT_LT(Distance(*image, *decoded), 0.02);
+    EXPECT_LT(Distance(*image, *decoded), 0.01);
 }
 
 TEST(DNXRoundTrip, ASizeThatARowOfDNxHDDoesNotAllowIsRefusedAndTheNextImageIsNot) {
@@ -97,7 +107,7 @@ TEST(DNXRoundTrip, ATruncatedOrDamagedFrameFailsAndTheNextOneDecodes) {
     EXPECT_NE(words.find("DNXCodec:309\n"), std::string::npos) << words;
     EXPECT_TRUE(IsFilledWith(*decoded, marker));
     EXPECT_EQ(Decode(*decoder, 2, decoded.get()), CxAV_OK);
-    EXPECT_LT(Distance(*image, *decoded), 0.02);
+    EXPECT_LT(Distance(*image, *decoded), 0.01);
 }
 
 TEST(DNXRoundTrip, AClipWhoseCompressionChangesInTheMiddleGoesOn) {
@@ -109,7 +119,7 @@ TEST(DNXRoundTrip, AClipWhoseCompressionChangesInTheMiddleGoesOn) {
     for (const int32_t frame : {0, 1, 0}) {
         const ImagePtr decoded = MakeImage(256, 128);
         ASSERT_EQ(Decode(*decoder, frame, decoded.get()), CxAV_OK);
-        EXPECT_LT(Distance(*image, *decoded), 0.02);
+        EXPECT_LT(Distance(*image, *decoded), 0.01);
         EXPECT_STREQ(decoded->ImageInfo.FindKeyConst("Metadata").FindKeyConst("Compression").ToString(""),
                      frame == 1 ? "DNxHR HQ" : "DNxHR SQ");
     }

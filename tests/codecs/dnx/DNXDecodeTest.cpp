@@ -61,11 +61,11 @@ TEST_F(DNXDecode, AsksTheLibraryOnceForAFrameAndForADecoderOfIt) {
     EXPECT_EQ(Script().calls,
               (std::vector<std::string>{"GetInfoFromCompressedFrame", "CreateDecoder", "DecodeFrame"}));
     EXPECT_EQ(Script().informationSize, 64U);
-    EXPECT_EQ(Script().decoderInformation.compressionId, 1272U);
-    EXPECT_EQ(Script().uncompressed.size, 50U);
-    EXPECT_EQ(Script().uncompressed.frameStructure, 1U);
-    EXPECT_EQ(Script().decodeOperation.size, 24U);
-    EXPECT_EQ(Script().decodeOperation.alpha, 0U);
+    EXPECT_EQ(+Script().decoderInformation.compressionId, 1272U);
+    EXPECT_EQ(+Script().uncompressed.size, 50U);
+    EXPECT_EQ(+Script().uncompressed.frameStructure, 1U);
+    EXPECT_EQ(+Script().decodeOperation.size, 24U);
+    EXPECT_EQ(+Script().decodeOperation.alpha, 0U);
 }
 
 TEST_F(DNXDecode, ReadsTheSampleOfTheFramesNumber) {
@@ -88,7 +88,7 @@ TEST_F(DNXDecode, AnHrFrameWithAlphaGoesThrough16BitPicturesWithAlpha) {
     Script().information.alpha = 1;
     ASSERT_EQ(Decode(whiteYv16), CxAV_OK);
     EXPECT_EQ(Script().outputSize, 6U * 4 * 2);
-    EXPECT_EQ(Script().decodeOperation.alpha, 1U);
+    EXPECT_EQ(+Script().decodeOperation.alpha, 1U);
     ExpectWhite(0x1234);
 }
 
@@ -102,7 +102,7 @@ TEST_F(DNXDecode, A444FrameGoesThroughRgbPicturesWithAlpha) {
 TEST_F(DNXDecode, AnHqxFrameOfDNxHDGoesThroughRgbPictures) {
     Script().information = FrameOf(1235);
     ASSERT_EQ(Decode(whiteA48r), CxAV_OK);
-    EXPECT_EQ(Script().uncompressed.componentLayout, 4U);
+    EXPECT_EQ(+Script().uncompressed.componentLayout, 4U);
     ExpectWhite(0x1234);
 }
 
@@ -186,7 +186,7 @@ TEST_F(DNXDecode, TheDecoderOfTheFirstFrameServesAllOthersWhateverTheirCompressi
     EXPECT_EQ(Metadata("Compression"), "DNxHD HQX 1080p");
     EXPECT_EQ(CallsOf("CreateDecoder"), 1);
     EXPECT_EQ(CallsOf("DecodeFrame"), 2);
-    EXPECT_EQ(Script().decoderInformation.compressionId, 1272U);
+    EXPECT_EQ(+Script().decoderInformation.compressionId, 1272U);
 }
 
 TEST_F(DNXDecode, TheDecoderOutlivesAnotherOpen) {

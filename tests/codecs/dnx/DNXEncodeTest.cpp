@@ -20,13 +20,13 @@ TEST_F(DNXEncode, AsksTheLibraryForAnEncoderForABufferAndForTheFrame) {
     ASSERT_EQ(Encode(FrameToEncode(1272)), CxAV_OK);
     EXPECT_EQ(Script().calls,
               (std::vector<std::string>{"CreateEncoder", "GetCompressedBufferSize", "EncodeFrame"}));
-    EXPECT_EQ(Script().compressed.size, 64U);
-    EXPECT_EQ(Script().compressed.width, 240U);
-    EXPECT_EQ(Script().compressed.height, 120U);
-    EXPECT_EQ(Script().compressed.compressionId, 1272U);
-    EXPECT_EQ(Script().uncompressed.size, 50U);
-    EXPECT_EQ(Script().encodeOperation.size, 12U);
-    EXPECT_EQ(Script().encodeOperation.constant, 4U);
+    EXPECT_EQ(+Script().compressed.size, 64U);
+    EXPECT_EQ(+Script().compressed.width, 240U);
+    EXPECT_EQ(+Script().compressed.height, 120U);
+    EXPECT_EQ(+Script().compressed.compressionId, 1272U);
+    EXPECT_EQ(+Script().uncompressed.size, 50U);
+    EXPECT_EQ(+Script().encodeOperation.size, 12U);
+    EXPECT_EQ(+Script().encodeOperation.constant, 4U);
 }
 
 TEST_F(DNXEncode, AnImageOf239By1000IsRefusedBeforeTheLibraryIsAsked) {
@@ -96,7 +96,7 @@ TEST_F(DNXEncode, HrWithAlphaTakes16BitPicturesWithAlpha) {
     ASSERT_EQ(Script().input.size(), pixelCount * 6);
     EXPECT_EQ(Bytes(Script().input.begin(), Script().input.begin() + 12),
               (Bytes{0, 128, 0, 235, 0x34, 0x12, 0, 128, 0, 235, 0x34, 0x12}));
-    EXPECT_EQ(Script().compressed.alpha, 1U);
+    EXPECT_EQ(+Script().compressed.alpha, 1U);
 }
 
 TEST_F(DNXEncode, TheAlphaBitHasNoEffectForDNxHD) {
@@ -107,7 +107,7 @@ TEST_F(DNXEncode, TheAlphaBitHasNoEffectForDNxHD) {
         DNXCodec withBit(CxAV_ENCODE, nullptr);
         ASSERT_EQ(EncodeOnce(withBit, image_.get(), FrameToEncode(id, 1, alphaFlag)), CxAV_OK);
         EXPECT_EQ(Script().input.size(), plainSize) << id;
-        EXPECT_EQ(Script().compressed.alpha, 0U) << id;
+        EXPECT_EQ(+Script().compressed.alpha, 0U) << id;
     }
 }
 
@@ -138,10 +138,10 @@ TEST_F(DNXEncode, ThePictureStartsWithTheTopRow) {
 TEST_F(DNXEncode, A1080iCompressionFollowsTheFieldOrder) {
     constexpr uint32_t topFieldFirst = 2;
     ASSERT_EQ(Encode(FrameToEncode(1242, topFieldFirst)), CxAV_OK);
-    EXPECT_EQ(Script().uncompressed.frameStructure, 1U);
+    EXPECT_EQ(+Script().uncompressed.frameStructure, 1U);
     DNXCodec other(CxAV_ENCODE, nullptr);
     ASSERT_EQ(EncodeOnce(other, image_.get(), FrameToEncode(1242, 1)), CxAV_OK);
-    EXPECT_EQ(Script().uncompressed.frameStructure, 64U);
+    EXPECT_EQ(+Script().uncompressed.frameStructure, 64U);
 }
 
 TEST_F(DNXEncode, TheEncoderOfTheFirstImageServesAllOthersWhateverTheirCompression) {
@@ -150,7 +150,7 @@ TEST_F(DNXEncode, TheEncoderOfTheFirstImageServesAllOthersWhateverTheirCompressi
     ASSERT_EQ(Encode(FrameToEncode(1237)), CxAV_OK);
     EXPECT_EQ(CallsOf("CreateEncoder"), 1);
     EXPECT_EQ(CallsOf("EncodeFrame"), 2);
-    EXPECT_EQ(Script().compressed.compressionId, 1237U);
+    EXPECT_EQ(+Script().compressed.compressionId, 1237U);
     EXPECT_EQ(Script().input.size(), 300U * 130 * 2);
 }
 

@@ -145,6 +145,14 @@ TEST(Refusals, YCbCrPicturesToEncodeAsRgb) {
         EXPECT_EQ(EncoderError(Compressed(1270, width, height), Uncompressed(packing)), wrongPictureFormat);
 }
 
+TEST(Refusals, FramesOfAnotherColorThanTheCompressionHas) {
+    for (const uint32_t id : {1270u, 1271u}) {
+        DNXCompressedParameters compressed = Compressed(id, width, height);
+        compressed.colorFormat = 3 - compressed.colorFormat;
+        EXPECT_EQ(EncoderError(compressed, Uncompressed(a48r)), wrongPictureFormat) << id;
+    }
+}
+
 TEST(Refusals, PicturesWithAlphaToEncode) {
     for (const PackingRow& packing : {yv8u, yv16})
         EXPECT_EQ(EncoderError(Compressed(1271, width, height), Uncompressed(packing)), noAlpha);
