@@ -174,8 +174,8 @@ int Falling(AVPacket& packet) {
     return 0;
 }
 int Sparse(AVPacket& packet) {
-    packet.pts *= 100;
-    packet.dts *= 100;
+    for (int64_t* const time : {&packet.pts, &packet.dts})
+        if (*time != AV_NOPTS_VALUE) *time *= 100;
     return 0;
 }
 int Highest(AVPacket& packet) {

@@ -33,6 +33,16 @@ std::string ContentOf(const std::string& path) {
 class DNXLibrary : public testing::Test {
 protected:
     void PlaceScripted() const { place_.Write(libraryFile, ContentOf(CORVEX_DNX_SCRIPTED)); }
+    /// A copy of the host's library, which comes first then. The copy doesn't tell the system's loader where
+    /// the build has its libraries, and has none beside it but those of this place.
+    void PlaceHost() const {
+        std::string host = ContentOf(CORVEX_HOST_LIBRARY);
+        const std::string directory = CORVEX_LIBRARY_DIR;
+        ASSERT_NE(host.find(directory), std::string::npos);
+        for (size_t at = host.find(directory); at != std::string::npos; at = host.find(directory))
+            host[at + 1] = '-';
+        place_.Write("libcorvexsystem.so", host);
+    }
     /// Nothing of FFmpeg is found: it has lines of its own to say.
     ProgramRun Run(const std::string& environment = "") const {
         return place_.Shell("env CORVEX_FFMPEG_DIR=/no/such/directory LD_LIBRARY_PATH='" + place_.Path("") +
@@ -70,19 +80,13 @@ TEST_F(DNXLibrary, ThatDoesNotStartIsWarnedOfAndLeftOut) {
     EXPECT_EQ(run.err, missing);
 }
 
-// The host's library tells the system's loader where the build has its libraries. A copy that doesn't comes
-// first.
 TEST_F(DNXLibrary, ThatIsNowhereIsLeftOutSilently) {
-    std::string host = ContentOf(CORVEX_HOST_LIBRARY);
-    const std::string directory = CORVEX_LIBRARY_DIR;
-    ASSERT_NE(host.find(directory), std::string::npos);
-    for (size_t at = host.find(directory); at != std::string::npos; at = host.find(directory))
-        host[at + 1] = '-';
-    place_.Write("libcorvexsystem.so", host);
+    PlaceHost();
     ExpectMissing(Run());
 }
 
 TEST_F(DNXLibrary, ThatIsNoLibraryIsLeftOutSilently) {
+    PlaceHost();
     place_.Write(libraryFile, "");
     ExpectMissing(Run());
 }
