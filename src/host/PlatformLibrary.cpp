@@ -40,8 +40,10 @@ Library* LoadLib(const char* name, int, CxStringT<char>* error) {
     void* handle = Load(file);
     if (handle == nullptr) {
         const std::string reason = dlerror();
-        // The system's loader looks here by itself, unless a tool stands between it and this library.
-        if (file.find('/') == std::string::npos) handle = Load(OwnDirectory() + file);
+        // The system's loader looks here by itself, unless a tool stands between it and this library. A file
+        // that it found and that is no library stays a failure.
+        const bool isNowhere = reason.find("No such file") != std::string::npos;
+        if (isNowhere && file.find('/') == std::string::npos) handle = Load(OwnDirectory() + file);
         if (handle == nullptr && error != nullptr) *error = reason.c_str();
     }
     return static_cast<Library*>(handle);
