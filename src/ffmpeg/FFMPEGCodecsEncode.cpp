@@ -77,7 +77,6 @@ CxAVError FFMPEGCodecs::MakePicture(Image*& image, FramePointer& picture) {
     words->format = AV_PIX_FMT_RGB48LE;
     words->width = context->width;
     words->height = context->height;
-    words->colorspace = context->colorspace;
     constexpr int alignment = 32;
     if (FFmpeg().av_image_alloc(words->data, words->linesize, words->width, words->height, AV_PIX_FMT_RGB48LE,
                                 alignment) < 0) {

@@ -1,4 +1,5 @@
 #include "ffmpeg/FFMPEGFileFormats.h"
+#include "ffmpeg/FFmpegVersions.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,14 +10,6 @@ namespace {
 
 int32_t LimitToCount(int64_t count) {
     return static_cast<int32_t>(std::min<int64_t>(count, std::numeric_limits<int32_t>::max()));
-}
-
-int32_t ChannelsOf(const AVCodecParameters& parameters) {
-#if LIBAVCODEC_VERSION_MAJOR >= 59
-    return parameters.ch_layout.nb_channels;
-#else
-    return parameters.channels;
-#endif
 }
 
 double PerSecond(AVRational rate) { return rate.den == 0 ? 0.0 : static_cast<double>(rate.num) / rate.den; }

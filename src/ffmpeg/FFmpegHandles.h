@@ -20,14 +20,10 @@ struct PacketDeleter {
 struct InputDeleter {
     void operator()(AVFormatContext* input) const { FFmpeg().avformat_close_input(&input); }
 };
-struct DictionaryDeleter {
-    void operator()(AVDictionary* dictionary) const { FFmpeg().av_dict_free(&dictionary); }
-};
 
 using CodecContextPointer = std::unique_ptr<AVCodecContext, CodecContextDeleter>;
 using ScalerPointer = std::unique_ptr<SwsContext, ScalerDeleter>;
 using PacketPointer = std::unique_ptr<AVPacket, PacketDeleter>;
 using InputPointer = std::unique_ptr<AVFormatContext, InputDeleter>;
-using DictionaryPointer = std::unique_ptr<AVDictionary, DictionaryDeleter>;
 
 } // namespace CxFFMPEG

@@ -13,6 +13,14 @@ int EncodeVideo(AVCodecContext* encoder, AVPacket* packet, const AVFrame* frame,
     return received;
 }
 
+int32_t ChannelsOf(const AVCodecParameters& parameters) {
+#if LIBAVCODEC_VERSION_MAJOR >= 59
+    return parameters.ch_layout.nb_channels;
+#else
+    return parameters.channels;
+#endif
+}
+
 void SetChannels(AVCodecContext& context, int32_t channels) {
 #if LIBAVCODEC_VERSION_MAJOR >= 59
     FFmpeg().av_channel_layout_default(&context.ch_layout, channels);

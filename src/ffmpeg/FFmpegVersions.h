@@ -13,6 +13,9 @@ namespace CxFFMPEG {
 /// @return FFmpeg's error code, or 0 or above. A drained encoder is no error
 int EncodeVideo(AVCodecContext* encoder, AVPacket* packet, const AVFrame* frame, bool& gotPacket);
 
+/// Number of channels of a stream; 0 for pictures.
+int32_t ChannelsOf(const AVCodecParameters& parameters);
+
 /// Sets number and places of the channels: mono, stereo, or what FFmpeg takes for so many.
 void SetChannels(AVCodecContext& context, int32_t channels);
 

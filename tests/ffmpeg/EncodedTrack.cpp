@@ -123,6 +123,18 @@ int64_t EncodedSource::GetDecodeTime(int32_t sample) {
     return TimeOf(isThere ? samples[static_cast<size_t>(sample)].decodeTime : sample);
 }
 
+void DescribeTrack(const EncodedTrack& track, AVCodecParameters& parameters) {
+    parameters.codec_type = AVMEDIA_TYPE_VIDEO;
+    parameters.codec_id = track.codec;
+    parameters.width = track.spec.width;
+    parameters.height = track.spec.height;
+    parameters.format = track.spec.format;
+    const std::vector<uint8_t>& bytes = track.configuration;
+    parameters.extradata = static_cast<uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    parameters.extradata_size = static_cast<int>(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), parameters.extradata);
+}
+
 int32_t EncodedSource::FrameOfSample(int32_t sample) const {
     const bool isThere = sample >= 0 && static_cast<size_t>(sample) < samples.size();
     return isThere ? samples[static_cast<size_t>(sample)].frame : sample;

@@ -48,6 +48,9 @@ struct EncodedTrack {
     AVCodecID codec = AV_CODEC_ID_NONE;
 };
 
+/// Tells a stream of a file what it holds, as a demuxer or a muxer's caller does.
+void DescribeTrack(const EncodedTrack& track, AVCodecParameters& parameters);
+
 /// Such a track as a host's reader gives it. A frame is 40 ms, and the first one is shown at 1 s. Everything
 /// may be changed; a sample of no bytes can't be read.
 class EncodedSource : public CxAbstractDataSource {

@@ -15,16 +15,7 @@ public:
     explicit DemuxedTrack(const EncodedTrack& track)
         : track_(track), format_(avformat_alloc_context()), stream(avformat_new_stream(format_, nullptr)),
           packet_(av_packet_alloc()) {
-        AVCodecParameters& parameters = *stream->codecpar;
-        parameters.codec_type = AVMEDIA_TYPE_VIDEO;
-        parameters.codec_id = track.codec;
-        parameters.width = track.spec.width;
-        parameters.height = track.spec.height;
-        parameters.format = track.spec.format;
-        const std::vector<uint8_t>& bytes = track.configuration;
-        parameters.extradata = static_cast<uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-        parameters.extradata_size = static_cast<int>(bytes.size());
-        std::copy(bytes.begin(), bytes.end(), parameters.extradata);
+        DescribeTrack(track, *stream->codecpar);
     }
     ~DemuxedTrack() {
         av_packet_free(&packet_);

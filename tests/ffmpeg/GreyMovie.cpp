@@ -40,16 +40,7 @@ AVStream* AddPictures(AVFormatContext& output, const EncodedTrack& track, AVRati
     AVStream* const stream = avformat_new_stream(&output, nullptr);
     stream->time_base = {1, rate.num};
     stream->avg_frame_rate = stream->r_frame_rate = rate;
-    AVCodecParameters& parameters = *stream->codecpar;
-    parameters.codec_type = AVMEDIA_TYPE_VIDEO;
-    parameters.codec_id = track.codec;
-    parameters.width = track.spec.width;
-    parameters.height = track.spec.height;
-    parameters.format = track.spec.format;
-    const std::vector<uint8_t>& bytes = track.configuration;
-    parameters.extradata = static_cast<uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-    parameters.extradata_size = static_cast<int>(bytes.size());
-    std::copy(bytes.begin(), bytes.end(), parameters.extradata);
+    DescribeTrack(track, *stream->codecpar);
     return stream;
 }
 
