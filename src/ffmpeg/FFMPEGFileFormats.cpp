@@ -2,6 +2,7 @@
 #include "ffmpeg/FFmpegVersions.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace CxFFMPEG {
@@ -11,8 +12,6 @@ namespace {
 int32_t LimitToCount(int64_t count) {
     return static_cast<int32_t>(std::min<int64_t>(count, std::numeric_limits<int32_t>::max()));
 }
-
-double PerSecond(AVRational rate) { return rate.den == 0 ? 0.0 : static_cast<double>(rate.num) / rate.den; }
 
 bool Answer(void* out, int32_t value) {
     *static_cast<int32_t*>(out) = value;
@@ -47,7 +46,7 @@ bool FFMPEGFileFormats::CopyAttr(Tag key, void* out) {
     case FormatTag_Height: return Answer(out, height);
     case FFmpegTag_Zero: return Answer(out, 0);
     case FFmpegTag_FrameCount: return Answer(out, frameCount);
-    case FFmpegTag_FrameRate: return Answer(out, PerSecond(times.frameRate));
+    case FFmpegTag_FrameRate: return Answer(out, times.FramesPerSecond());
     case FFmpegTag_StoredTime: return Answer(out, static_cast<double>(storedTime));
     case FFmpegTag_FirstInteger: return Answer(out, firstInteger);
     case FFmpegTag_Number: return Answer(out, static_cast<double>(number));
@@ -57,13 +56,16 @@ bool FFMPEGFileFormats::CopyAttr(Tag key, void* out) {
     }
 }
 
-bool FFMPEGFileFormats::OpenFile(const char* path, const TagList& /*tags*/) {
+bool FFMPEGFileFormats::OpenFile(const char* path, const TagList& /*tags*/) try {
     CloseFile();
     fileName.clear();
     std::string name = path != nullptr ? path : "";
     if (path == nullptr || !input.Open(path)) return false;
     fileName = std::move(name);
     return true;
+} catch (const std::bad_alloc&) {
+    CloseFile();
+    return false;
 }
 
 bool FFMPEGFileFormats::CloseFile() {
@@ -81,12 +83,15 @@ bool FFMPEGFileFormats::LoadHeaderTagList(const CxID& dataType, const char* path
     return dataType == CLSID_DataType_Image && LoadHeaderTagList(path, tags);
 }
 
-bool FFMPEGFileFormats::LoadHeaderTagList(const char* path, TagList& tags) {
+bool FFMPEGFileFormats::LoadHeaderTagList(const char* path, TagList& tags) try {
     const bool isOpen = input.IsOpen() && path != nullptr && fileName == path;
     if (!isOpen && !OpenFile(path, tags)) return false;
     // A new decoder knows nothing of where the file stands.
     CloseDecoder();
     if (OpenDecoder() && ReadTimes()) return true;
+    CloseDecoder();
+    return false;
+} catch (const std::bad_alloc&) {
     CloseDecoder();
     return false;
 }
@@ -107,6 +112,7 @@ bool FFMPEGFileFormats::ReadTimes() {
     if (times.frameRate.num == 0 || times.frameRate.den == 0) return false;
     width = codec->GetWidth();
     height = codec->GetHeight();
+    // Also for a start that is known: it finds out which times the file has.
     const int64_t firstTime = input.FindFirstTime();
     if (times.start == AV_NOPTS_VALUE) times.start = firstTime == AV_NOPTS_VALUE ? 0 : firstTime;
     const int32_t count = CountFrames();

@@ -29,7 +29,7 @@ enum FFmpegFormatTag : Tag {
 };
 
 /// The host's format class for every movie that FFmpeg reads. It demuxes the file itself and gives any frame
-/// in any order. One object serves one tool, one thread at a time.
+/// in any order. One object serves one tool, one thread at a time. Where memory is short an operation fails.
 class FFMPEGFileFormats final : public ImageFormat {
 public:
     FFMPEGFileFormats(const Registry* registry, const ScriptVal& value, const TagList& tags);

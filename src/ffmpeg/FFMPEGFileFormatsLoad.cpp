@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace CxFFMPEG {
@@ -24,7 +25,7 @@ int32_t FramesAfter(int32_t frame, int32_t distance) {
 
 } // namespace
 
-bool FFMPEGFileFormats::LoadFrameTagList(uint32_t frame, Image*& image, TagList& tags) {
+bool FFMPEGFileFormats::LoadFrameTagList(uint32_t frame, Image*& image, TagList& tags) try {
     TagList prepared = tags;
     if (tags.GetLong(FFmpegTag_ImagePreparation, 1) == 0) prepared.Set(FFmpegTag_ImagePreparation, 3, false);
     if (!ImageFormat::LoadFrameTagList(frame, image, prepared) || codec == nullptr) return false;
@@ -35,6 +36,8 @@ bool FFMPEGFileFormats::LoadFrameTagList(uint32_t frame, Image*& image, TagList&
     if (codec->FindCachedFrame(number, cached)) return codec->ConvertFrameToImage(cached, image);
     const FramePointer decoded = FindFrame(number);
     return decoded != nullptr && codec->ConvertFrameToImage(decoded.get(), image);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 /// Decodes up to a frame, from where the decoder stands or from the last place before the frame that the file

@@ -45,6 +45,8 @@ double Quotient(AVRational fraction) {
 
 } // namespace
 
+double FrameTimes::FramesPerSecond() const { return Quotient(frameRate); }
+
 int64_t FrameTimes::FrameToTime(int32_t frame) const {
     // The denominators, and all that is reckoned of sound, have 32 bits. Kept.
     if (channels >= 1) {
@@ -66,7 +68,7 @@ int32_t FrameTimes::TimeToFrame(int64_t time) const {
 
 int32_t FrameTimes::FramesIn(int64_t duration) const {
     const double seconds = static_cast<double>(duration) * Quotient(timeBase);
-    return Saturate(std::floor(seconds * Quotient(frameRate) + 0.5));
+    return Saturate(std::floor(seconds * FramesPerSecond() + 0.5));
 }
 
 bool FrameTimes::IsNext(int32_t frame, int64_t time) const { return frame == int64_t{TimeToFrame(time)} + 1; }

@@ -16,6 +16,8 @@ struct FrameTimes {
     int32_t channels = 0;          ///< of a stream of sound; 0 for pictures
     int32_t sampleRate = 0;        ///< of a stream of sound, per second
 
+    /// The frame rate; 0 where it is not told.
+    double FramesPerSecond() const;
     /// Time stamp at which a frame begins, rounded towards 0 from the start.
     int64_t FrameToTime(int32_t frame) const;
     /// The frame whose beginning is nearest to a time stamp.

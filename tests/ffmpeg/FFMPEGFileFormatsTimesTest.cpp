@@ -229,4 +229,22 @@ TEST_F(FFMPEGFileFormatsTimes, AFrameThatTheFileLeavesOutFailsAndTheOthersLoad) 
         EXPECT_EQ(loaded.Load(frame), frame % 2 == 0 ? static_cast<int32_t>(frame) / 2 : -1) << frame;
 }
 
+/// The first place that is sought is one past the frame, and the second one can't be had.
+int SeekPastAndFail(AVFormatContext* file, int stream, int64_t time, int flags) {
+    static int count;
+    if (flags == 0) return av_seek_frame(file, stream, time, flags);
+    constexpr int64_t groupLength = 4 * 40; // milliseconds
+    return ++count % 2 == 1 ? av_seek_frame(file, stream, time + groupLength, flags) : AVERROR(EIO);
+}
+
+TEST_F(FFMPEGFileFormatsTimes, AFrameIsReadFromTheFirstOnIfASeekFurtherBackFails) {
+    const EncodedTrack track({.frames = 24, .groupLength = 4, .bFrames = 2});
+    LoadedFormat loaded(WriteMovie(workspace, "movie.mkv", track));
+    const ReplacedFunction seek(&FFmpegFunctions::av_seek_frame, SeekPastAndFail);
+    CorvexDoc::SetConsoleHook([](EventConsoleSubID, const std::string&) {});
+    EXPECT_EQ(loaded.Load(17), 17);
+    EXPECT_EQ(loaded.Load(18), 18);
+    CorvexDoc::SetConsoleHook({});
+}
+
 } // namespace
