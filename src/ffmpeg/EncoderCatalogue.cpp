@@ -2,7 +2,7 @@
 
 #include "ffmpeg/FFmpegBinding.h"
 
-#include <string_view>
+#include <utility>
 
 namespace CxFFMPEG {
 
@@ -61,7 +61,8 @@ std::string LabelOf(const char* codecName, const std::string& profile) {
     return profile.empty() ? codecName : std::string(codecName).append(" [").append(profile).append("]");
 }
 
-void FillEncoders(EncoderTable& table) {
+EncoderTable MakeEncoders() {
+    EncoderTable table;
     for (const CodecName& row : codecNames) {
         const AVCodec* const encoder = FFmpeg().avcodec_find_encoder(row.codec);
         if (encoder == nullptr) continue;
@@ -73,6 +74,7 @@ void FillEncoders(EncoderTable& table) {
             table[entry.label] = entry;
         }
     }
+    return table;
 }
 
 bool Holds(const AVOutputFormat& format, int32_t codecId) {
@@ -81,7 +83,8 @@ bool Holds(const AVOutputFormat& format, int32_t codecId) {
            FFmpeg().avformat_query_codec(&format, codec, FF_COMPLIANCE_STRICT) == 1;
 }
 
-void FillContainers(ContainerTable& table) {
+ContainerTable MakeContainers() {
+    ContainerTable table;
     void* position = nullptr;
     while (const AVOutputFormat* const format = FFmpeg().av_muxer_iterate(&position)) {
         ContainerEntry entry = {format, {}};
@@ -90,6 +93,7 @@ void FillContainers(ContainerTable& table) {
         const char* const name = format->long_name != nullptr ? format->long_name : format->name;
         if (!entry.labels.empty()) table[name] = std::move(entry);
     }
+    return table;
 }
 
 } // namespace
@@ -106,13 +110,13 @@ const ProfileTable& GetProfileTable() {
 
 const EncoderTable& GetEncoderTable() {
     static EncoderTable table;
-    if (table.empty() && LoadFFmpeg()) FillEncoders(table);
+    if (table.empty() && LoadFFmpeg()) table = MakeEncoders();
     return table;
 }
 
 const ContainerTable& GetContainerTable() {
     static ContainerTable table;
-    if (table.empty() && LoadFFmpeg() && !GetEncoderTable().empty()) FillContainers(table);
+    if (table.empty() && LoadFFmpeg() && !GetEncoderTable().empty()) table = MakeContainers();
     return table;
 }
 

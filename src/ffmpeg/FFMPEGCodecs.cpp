@@ -2,6 +2,7 @@
 
 #include "ffmpeg/AvcIntraParameterSets.h"
 #include "ffmpeg/DecoderCodes.h"
+#include "framework/CatchAll.h"
 #include "framework/ImageMetadata.h"
 
 #include <algorithm>
@@ -124,12 +125,8 @@ void FFMPEGCodecs::Close() {
 
 CxAVError FFMPEGCodecs::Open() {
     if (dataSource == nullptr) return CxAV_INVALID_STATE;
-    try {
-        return OpenSource(*dataSource);
-    } catch (...) {
-        // Binding FFmpeg throws where memory is short.
-        return CxAV_FAILED;
-    }
+    // Binding FFmpeg throws where memory is short.
+    return CatchAll(CxAV_FAILED, [&] { return OpenSource(*dataSource); });
 }
 
 CxAVError FFMPEGCodecs::OpenSource(CxAbstractDataSource& source) {
@@ -260,12 +257,8 @@ void FFMPEGCodecs::ReleaseDecodedFrame(AVFrame*& frame) { ReleaseFrame(frame); }
 
 bool FFMPEGCodecs::ConvertFrameToImage(AVFrame* frame, Image*& image) {
     if (frame == nullptr || image == nullptr) return false;
-    try {
-        return ConvertFrame(*frame, *image);
-    } catch (...) {
-        // The host's row threads and the metadata table throw where memory is short.
-        return false;
-    }
+    // The host's row threads and the metadata table throw where memory is short.
+    return CatchAll(false, [&] { return ConvertFrame(*frame, *image); });
 }
 
 bool FFMPEGCodecs::ConvertFrame(const AVFrame& frame, Image& image) {

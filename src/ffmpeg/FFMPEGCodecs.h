@@ -13,8 +13,9 @@
 
 namespace CxFFMPEG {
 
-/// The back-end on FFmpeg's decoders. Opened from a data source it is a codec of the registry, which gives
-/// any frame in any order; opened from a stream it decodes packets for a caller that reads them itself.
+/// The back-end on FFmpeg's decoders and encoders. Opened from a data source it is a codec of the registry,
+/// which gives any frame in any order; opened from a stream it decodes packets for a caller that reads them
+/// itself.
 ///
 /// An object is meant to be opened once. Opening it again, either way, first drops the decoder and the frames
 /// that it has, so that an attempt that fails leaves it as if it had never been opened.
@@ -73,18 +74,25 @@ public:
     int32_t GetLookAhead();
 
     /// Opens an encoder.
-    /// @param settings  size, rate, bit rate, key frames, pixel aspect and colours are read; `extraData` is
-    ///                  set if the encoder has a global header
+    /// @param entry     codec, profile, pixel format and the encoder itself
+    /// @param settings  size, rate, bit rate, key frames, pixel aspect, field order and colours are read;
+    ///                  `extraData` is set if the encoder has a global header, and stays as it is otherwise
     /// @param options   set as the encoder's own, in order; those that it refuses pass without a word
-    /// @return `CxAV_INVALID_STATE` without an encoder; `CxAV_FAILED` if it can't be opened
+    /// @return `CxAV_INVALID_STATE` without an encoder; `CxAV_FAILED` if it can't be opened, which is said on
+    ///         standard error, and without memory. After a failure nothing is open
     CxAVError OpenEncoder(EncoderEntry entry, CxVideoSettings& settings, EncoderOptions& options);
-    /// Encodes one image of the size that was opened, and takes at most one packet.
-    /// @param image      null drains the encoder
-    /// @param packet     not null; out: the packet, which is the caller's to unreference
-    /// @param gotPacket  out: whether there is one
+    /// Encodes one image of the size that was opened, and takes at most one packet. Images are numbered from
+    /// 0 in units of the encoder's time base; those that fail before the encoder sees them take no number.
+    /// The picture has the matrix and range that the encoder says (`FrameConverter::ForEncoder`).
+    /// @param image      not changed; null drains the encoder, by one packet a call
+    /// @param packet     of `av_packet_alloc`, and so not null; in: what it holds is let go, unless no
+    ///                   encoder is open; out: the packet, with memory of its own that is the caller's to
+    ///                   unreference, or nothing
+    /// @param gotPacket  out: 1 if there is one, otherwise 0, which is no failure: encoders hold frames back
     /// @return `CxAV_INVALID_STATE` without an open encoder, for one that is drained, and for a picture that
     ///         can't be allocated; `CxAV_READ_FAILED` without memory for a frame; `CxAV_FAILED` for an image
-    ///         of another size and for every other failure
+    ///         of another size and for every other failure. Failures of the encoder and of memory are said
+    ///         on standard error; the encoder can be used after all of them
     CxAVError EncodeImage(Image*& image, AVPacket* packet, int32_t& gotPacket);
     /// The decoder's or encoder's context, which stays the codec's; null before it is open.
     const AVCodecContext* Context() const { return context.get(); }
@@ -98,6 +106,8 @@ private:
     bool ConvertFrame(const AVFrame& frame, Image& image);
     bool IsFullRange() const;
     void WriteMetadata(const AVFrame& frame, Image& image) const;
+    CxAVError OpenContext(const EncoderEntry& entry, CxVideoSettings& settings,
+                          const EncoderOptions& options);
     CxAVError MakePicture(Image*& image, FramePointer& picture);
 
     CodecContextPointer context; ///< null until opened

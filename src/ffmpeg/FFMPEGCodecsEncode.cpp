@@ -2,6 +2,7 @@
 
 #include "ffmpeg/FFMPEGCodecs.h"
 #include "ffmpeg/FFmpegVersions.h"
+#include "framework/CatchAll.h"
 #include "pixel/PixelConvert.h"
 
 #include <cstdio>
@@ -50,7 +51,16 @@ void SetColors(const CxVideoSettings& settings, AVCodecContext& context) {
 
 CxAVError FFMPEGCodecs::OpenEncoder(EncoderEntry entry, CxVideoSettings& settings, EncoderOptions& options) {
     Close();
-    if (entry.encoder == nullptr) return CxAV_INVALID_STATE;
+    const auto open = [&] { return OpenContext(entry, settings, options); };
+    const CxAVError result = CatchAll(CxAV_FAILED, open);
+    // An encoder whose global header found no memory is none.
+    if (result != CxAV_OK) Close();
+    return result;
+}
+
+CxAVError FFMPEGCodecs::OpenContext(const EncoderEntry& entry, CxVideoSettings& settings,
+                                    const EncoderOptions& options) {
+    if (entry.encoder == nullptr || !LoadFFmpeg()) return CxAV_INVALID_STATE;
     CodecContextPointer opened(FFmpeg().avcodec_alloc_context3(entry.encoder));
     if (!opened) return CxAV_INVALID_STATE;
     opened->opaque = this;
@@ -69,6 +79,8 @@ CxAVError FFMPEGCodecs::OpenEncoder(EncoderEntry entry, CxVideoSettings& setting
 
 /// The image as the encoder takes it.
 CxAVError FFMPEGCodecs::MakePicture(Image*& image, FramePointer& picture) {
+    // The picture has room for an image of its own size, and nothing to show beside a smaller one.
+    if (image->Width != context->width || image->Height != context->height) return CxAV_FAILED;
     const FramePointer words(FFmpeg().av_frame_alloc());
     if (!words) {
         std::fputs("Could not allocate video frame\n", stderr);
@@ -83,11 +95,9 @@ CxAVError FFMPEGCodecs::MakePicture(Image*& image, FramePointer& picture) {
         std::fputs("Could not allocate raw picture buffer\n", stderr);
         return CxAV_INVALID_STATE;
     }
-    // The picture has room for an image of its own size, and nothing to show beside a smaller one.
-    if (image->Width != words->width || image->Height != words->height) return CxAV_FAILED;
     constexpr auto code = static_cast<int32_t>(FourCC("l48r"));
     if (!PixelConvert::ImageToBlob(image, code, words->linesize[0], words->data[0], true)) return CxAV_FAILED;
-    picture.reset(converter.Convert(*words, context->pix_fmt));
+    picture.reset(converter.ForEncoder(*words, *context, *image));
     if (!picture) return CxAV_FAILED;
     picture->pts = encodedFrames++;
     return CxAV_OK;
@@ -96,12 +106,13 @@ CxAVError FFMPEGCodecs::MakePicture(Image*& image, FramePointer& picture) {
 CxAVError FFMPEGCodecs::EncodeImage(Image*& image, AVPacket* packet, int32_t& gotPacket) {
     gotPacket = 0;
     if (!context) return CxAV_INVALID_STATE;
+    FFmpeg().av_packet_unref(packet);
     FramePointer picture;
     if (image != nullptr) {
-        const CxAVError result = MakePicture(image, picture);
+        // The host's row threads throw where memory is short.
+        const CxAVError result = CatchAll(CxAV_FAILED, [&] { return MakePicture(image, picture); });
         if (result != CxAV_OK) return result;
     }
-    FFmpeg().av_packet_unref(packet);
     bool hasPacket = false;
     if (EncodeVideo(context.get(), packet, picture.get(), hasPacket) < 0) {
         std::fputs("Error encoding frame\n", stderr);

@@ -28,6 +28,10 @@ bool Answer(void* out, double value) {
 FFMPEGFileFormats::FFMPEGFileFormats(const Registry* registry, const ScriptVal& value, const TagList& tags)
     : ImageFormat(registry, value, tags) {
     times.start = AV_NOPTS_VALUE;
+    settings.value3 = UINT64_MAX;
+    settings.fieldOrder = 1;
+    settings.value7 = settings.value8 = 1;
+    settings.value9 = settings.value10 = settings.value11 = 1;
 }
 
 FFMPEGFileFormats::~FFMPEGFileFormats() { FFMPEGFileFormats::CloseFile(); }
@@ -69,6 +73,7 @@ bool FFMPEGFileFormats::OpenFile(const char* path, const TagList& /*tags*/) try 
 }
 
 bool FFMPEGFileFormats::CloseFile() {
+    CloseWriter();
     CloseDecoder();
     input.Close();
     return true;

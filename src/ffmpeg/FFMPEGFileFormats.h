@@ -1,9 +1,12 @@
 #pragma once
 
+#include "ffmpeg/EncoderCatalogue.h"
 #include "ffmpeg/FFMPEGCodecs.h"
+#include "ffmpeg/FFmpegFileWriter.h"
 #include "ffmpeg/FramePointer.h"
 #include "ffmpeg/FrameTimes.h"
 #include "ffmpeg/InputStream.h"
+#include "framework/CxAVTypes.h"
 #include "host/ImageFormat.h"
 
 #include <cstdint>
@@ -12,6 +15,8 @@
 #include <optional>
 #include <set>
 #include <string>
+
+struct AudioBlock;
 
 namespace CxFFMPEG {
 
@@ -28,8 +33,12 @@ enum FFmpegFormatTag : Tag {
     FFmpegTag_ImagePreparation = 0x100000d0, ///< of a load: the host's; 0 reaches the base as 3
 };
 
-/// The host's format class for every movie that FFmpeg reads. It demuxes the file itself and gives any frame
-/// in any order. One object serves one tool, one thread at a time. Where memory is short an operation fails.
+/// The host's format class for every movie that FFmpeg reads, and for those that it writes. It demuxes the
+/// file itself and gives any frame in any order. One object serves one tool, one thread at a time. Where
+/// memory is short an operation fails.
+///
+/// A save is `AddSaveInputs` and `NotifyChangedSave` for the tool's controls, and then `SetupSave`,
+/// `SaveHeaderTagList`, `SaveFrameTagList` for each frame in order, and `CleanupSave`, as often as need be.
 class FFMPEGFileFormats final : public ImageFormat {
 public:
     FFMPEGFileFormats(const Registry* registry, const ScriptVal& value, const TagList& tags);
@@ -43,8 +52,20 @@ public:
     /// @return false, with no file open, if FFmpeg can't read it or is not there
     bool OpenFile(const char* path, const TagList& tags) override;
     bool LoadHeaderTagList(const CxID& dataType, const char* path, TagList& tags) override;
-    /// Closes the file and the decoder. What was found out of the stream's times stays. True.
+    /// Ends the file that is being saved, with the frames that the encoder holds back, and closes the one
+    /// that is open and the decoder. What was found out of the stream's times stays. True.
     bool CloseFile() override;
+    /// Adds the controls of container, encoder, frame rate, data rate, key frames and options. The encoders
+    /// come with the first change of the container, which the host is to send. Null does nothing.
+    void AddSaveInputs(Operator* tool) override;
+    /// A new container fills the control of encoders and chooses the first one; an encoder is confirmed if
+    /// the container has it. Both are told to the document of `tool`, which may be null.
+    void NotifyChangedSave(Operator* tool, Input* input, Parameter* value, double time) override;
+    /// Reads the controls. The attribute of the frame rate tells the save's from then on. A null request does
+    /// nothing.
+    void SetupSave(Operator* tool, Request* request) override;
+    /// Ends the save, and says so on standard error.
+    void CleanupSave(Operator* tool) override;
     /// Opens a file, unless it is open already, and a decoder for its best video stream, and counts the
     /// frames. The first file's start time and count stay for the object's life. Kept.
     /// @return false, with no decoder open, if there is no file, no such stream, no decoder for it, no frame
@@ -55,6 +76,16 @@ public:
     /// was not decoded lately is sought.
     /// @return false if there is no such frame, it can't be decoded, or the base refuses
     bool LoadFrameTagList(uint32_t frame, Image*& image, TagList& tags) override;
+    using ImageFormat::SaveHeaderTagList;
+    /// Makes a file for images of the size, aspect and fields of `image`, which is the first one or like it,
+    /// and for the sound of `AudioTag_Block` if `tags` has one. A save that was not ended is ended first.
+    /// @return false, with nothing being saved, if the container or encoder chosen by `SetupSave` is unknown,
+    ///         the file can't be made, or the encoder refuses; a file that was made stays, and is empty
+    bool SaveHeaderTagList(const char* path, Image* image, TagList& tags) override;
+    /// Encodes the next frame, whatever its number, and the sound of `AudioTag_Block` if `tags` has one.
+    /// @return false if nothing is being saved, the image is missing, of another size or can't be encoded, or
+    ///         the sound can't be written. That a packet of pictures can't be written is not told. Kept
+    bool SaveFrameTagList(uint32_t frame, Image* image, TagList& tags) override;
 
     int64_t FrameToTime(int32_t frame) const { return times.FrameToTime(frame); }
     int32_t TimeToFrame(int64_t time) const { return times.TimeToFrame(time); }
@@ -67,6 +98,16 @@ private:
     static constexpr int32_t unknownCount = std::numeric_limits<int32_t>::min();
     static constexpr int64_t noTime = -1;
 
+    /// The controls, which are the tool's; all null without one.
+    struct SaveControls {
+        Input* container = nullptr;
+        Input* encoder = nullptr;
+        Input* frameRate = nullptr;
+        Input* dataRate = nullptr;
+        Input* keyFrames = nullptr;
+        Input* options = nullptr;
+    };
+
     bool OpenDecoder();
     bool ReadTimes();
     void CloseDecoder();
@@ -76,6 +117,11 @@ private:
     int64_t TimeOf(const AVFrame& frame);
     bool Jump(int32_t frame, int flags);
     void MoveStart(int64_t time);
+    void ListEncoders(Operator* tool, const CxID& container);
+    void ConfirmEncoder(Operator* tool, const CxID& chosen, double time);
+    bool OpenStreams(const EncoderEntry& entry, const AudioBlock* audio);
+    void CloseWriter();
+    void AbandonWriter();
 
     InputStream input;
     FrameTimes times;                    ///< `start` is `AV_NOPTS_VALUE` until a header was loaded
@@ -89,6 +135,14 @@ private:
     float number = 0.0F;                 ///< `FFmpegTag_Number`
     int32_t secondInteger = 0;           ///< `FFmpegTag_SecondInteger`
     int16_t shortInteger = 0;            ///< `FFmpegTag_ShortInteger`
+
+    SaveControls controls;
+    CxID containerName;                       ///< chosen; empty before `SetupSave`
+    CxID encoderName;                         ///< the same
+    CxVideoSettings settings;                 ///< of the save; a time code stays for the next one
+    EncoderOptions options;                   ///< of the encoder
+    std::unique_ptr<FFMPEGCodecs> encoder;    ///< null unless a file is being saved
+    std::unique_ptr<FFmpegFileWriter> writer; ///< the same; borrows the encoder's context
 };
 
 /// Announces `FFMPEGFileFormats` to the host until the module is unloaded. Called once, while it is loaded.

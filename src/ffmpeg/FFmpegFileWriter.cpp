@@ -4,6 +4,8 @@
 #include "ffmpeg/TimeCode.h"
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
 
 namespace CxFFMPEG {
 
@@ -56,8 +58,10 @@ bool FFmpegFileWriter::Open(const std::string& path, const std::string& reel,
 }
 
 bool FFmpegFileWriter::Close() {
-    if (output != nullptr && hasHeader) {
-        FFmpeg().av_write_frame(output.get(), nullptr);
+    if (output != nullptr && isHeaderWritten.value_or(false)) {
+        // What a muxer holds goes out. Those that open files of their own do so with the trailer, and among
+        // FFmpeg's there is one that doesn't survive a null packet.
+        if ((output->oformat->flags & AVFMT_NOFILE) == 0) FFmpeg().av_write_frame(output.get(), nullptr);
         FFmpeg().av_write_trailer(output.get());
     }
     output.reset();
@@ -65,7 +69,7 @@ bool FFmpegFileWriter::Close() {
     videoContext = nullptr;
     videoTracks.clear();
     audioTracks.clear();
-    hasHeader = false;
+    isHeaderWritten.reset();
     return true;
 }
 
@@ -95,7 +99,7 @@ void FFmpegFileWriter::SetTimeCode(AVRational rate, int64_t frames) {
 }
 
 bool FFmpegFileWriter::AddAudioStream(const AudioDescription& audio) {
-    if (!IsOpen() || audio.format != "lpcm") return false;
+    if (!IsOpen() || audio.format != "lpcm" || audio.sampleRate < 1 || audio.channels < 1) return false;
     const AVCodec* const encoder = FFmpeg().avcodec_find_encoder(PcmCodec(audio.bitsPerSample));
     if (encoder == nullptr) return false;
     AVStream* const stream = FFmpeg().avformat_new_stream(output.get(), nullptr);
@@ -123,22 +127,35 @@ bool FFmpegFileWriter::OpenAudioEncoder(const AVCodec& encoder, const AudioDescr
     return FFmpeg().avcodec_open2(&context, &encoder, nullptr) >= 0;
 }
 
-/// Writes the header unless it is there.
+/// Writes the header unless it is there. There is one attempt: not all muxers survive a second one.
 bool FFmpegFileWriter::WriteHeader() {
-    if (!hasHeader) hasHeader = FFmpeg().avformat_write_header(output.get(), nullptr) >= 0;
-    return hasHeader;
+    if (!isHeaderWritten) isHeaderWritten = FFmpeg().avformat_write_header(output.get(), nullptr) >= 0;
+    return *isHeaderWritten;
+}
+
+/// Gives the muxer a packet, which stands in the file where it comes. FFmpeg's muxers of ASF end the process
+/// where times go back, as they do from sound to pictures that are encoded ahead; so theirs are sorted.
+bool FFmpegFileWriter::Write(AVPacket& packet) {
+    const bool isSorted = std::string_view(output->oformat->name).starts_with("asf");
+    const auto write = isSorted ? FFmpeg().av_interleaved_write_frame : FFmpeg().av_write_frame;
+    return write(output.get(), &packet) >= 0;
 }
 
 bool FFmpegFileWriter::WriteVideoPacket(AVPacket* packet) {
     if (!IsOpen() || videoTracks.empty() || !WriteHeader()) return false;
-    FFmpeg().av_packet_rescale_ts(packet, videoContext->time_base, videoTracks.front().stream->time_base);
-    if (FFmpeg().av_write_frame(output.get(), packet) < 0) return false;
+    const AVStream& stream = *videoTracks.front().stream;
+    packet->stream_index = stream.index;
+    // A tick is a frame. Muxers would take the length of one from the rate that is not inverted.
+    if (packet->duration == 0) packet->duration = 1;
+    FFmpeg().av_packet_rescale_ts(packet, videoContext->time_base, stream.time_base);
+    if (!Write(*packet)) return false;
     FFmpeg().avio_flush(output->pb);
     return true;
 }
 
 bool FFmpegFileWriter::WriteAudioData(int32_t track, void* data, uint32_t size) {
     if (!IsOpen() || track < 0 || static_cast<size_t>(track) >= audioTracks.size()) return false;
+    if (audioContext == nullptr || !std::in_range<int>(size) || (data == nullptr && size > 0)) return false;
     if (!WriteHeader()) return false;
     Track& audio = audioTracks[static_cast<size_t>(track)];
     const int64_t frames = size / std::max(audioContext->block_align, 1);
@@ -150,7 +167,7 @@ bool FFmpegFileWriter::WriteAudioData(int32_t track, void* data, uint32_t size) 
     packet->data = static_cast<uint8_t*>(data);
     packet->size = static_cast<int>(size);
     FFmpeg().av_packet_rescale_ts(packet.get(), audioContext->time_base, audio.stream->time_base);
-    if (FFmpeg().av_write_frame(output.get(), packet.get()) < 0) return false;
+    if (!Write(*packet)) return false;
     audio.nextTime += frames;
     return true;
 }

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,13 +53,15 @@ public:
     /// @param settings  `value5` is the address of the open encoder's context, which outlives the writer's
     ///                  use of it; rate and time code are read
     virtual bool AddVideoStream(CxVideoSettings& settings, const EncoderEntry& entry);
-    /// Adds a stream of sound.
+    /// Adds the stream of sound. False if it can't be, or FFmpeg's encoder refuses it.
     virtual bool AddAudioStream(const AudioDescription& audio);
-    /// Writes a packet of the encoder, whose times become the stream's. The packet stays the caller's.
+    /// Writes a packet of the encoder, whose times and stream index become the stream's. The packet stays the
+    /// caller's. False without a stream of pictures, and if it can't be written.
     virtual bool WriteVideoPacket(AVPacket* packet);
     /// Writes the next samples of a stream of sound.
     /// @param track  of `AddAudioStream`, from 0
-    /// @param size   bytes at `data`, which stay the caller's
+    /// @param size   bytes at `data`, which stay the caller's; whole samples of all channels
+    /// @return false if there is no such stream, or they can't be written
     virtual bool WriteAudioData(int32_t track, void* data, uint32_t size);
 
 private:
@@ -73,6 +76,7 @@ private:
 
     bool IsOpen() const { return output != nullptr && output->pb != nullptr; }
     bool WriteHeader();
+    bool Write(AVPacket& packet);
     void SetTimeCode(AVRational rate, int64_t frames);
     bool OpenAudioEncoder(const AVCodec& encoder, const AudioDescription& audio);
 
@@ -81,7 +85,7 @@ private:
     CodecContextPointer audioContext;
     std::vector<Track> videoTracks;
     std::vector<Track> audioTracks;
-    bool hasHeader = false;
+    std::optional<bool> isHeaderWritten; ///< the outcome of the one attempt; none before it
     std::string reelName;
 };
 

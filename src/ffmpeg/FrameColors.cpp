@@ -34,6 +34,19 @@ int ScalerMatrixOf(const AVFrame& frame) {
     }
 }
 
+/// Recommendation ITU-T H.273, table 4.
+LumaShares LumaSharesOf(const AVFrame& frame) {
+    switch (ScalerMatrixOf(frame)) {
+    case AVCOL_SPC_FCC: return {0.30, 0.11};
+    case AVCOL_SPC_BT470BG:
+    case AVCOL_SPC_SMPTE170M: return {0.299, 0.114};
+    case AVCOL_SPC_SMPTE240M: return {0.212, 0.087};
+    case AVCOL_SPC_BT2020_NCL:
+    case AVCOL_SPC_BT2020_CL: return {0.2627, 0.0593};
+    default: return {0.2126, 0.0722};
+    }
+}
+
 bool HasRange(AVPixelFormat format) {
     const AVPixFmtDescriptor* const descriptor = FFmpeg().av_pix_fmt_desc_get(format);
     return descriptor != nullptr && (descriptor->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) == 0;

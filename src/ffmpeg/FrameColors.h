@@ -13,6 +13,17 @@ int32_t HostMatrixOf(const AVFrame& frame);
 /// here.
 int ScalerMatrixOf(const AVFrame& frame);
 
+/// Share of red and blue in luma.
+struct LumaShares {
+    double red;
+    double blue;
+
+    double Green() const { return 1 - red - blue; }
+};
+
+/// Those of the matrix of `ScalerMatrixOf`.
+LumaShares LumaSharesOf(const AVFrame& frame);
+
 /// Whether samples of a format are Y'CbCr or luma, which have a range, rather than R, G, B.
 bool HasRange(AVPixelFormat format);
 

@@ -4,10 +4,11 @@
 #include "ffmpeg/FrameLayouts.h"
 #include "ffmpeg/FramePointer.h"
 #include "ffmpeg/FrameRows.h"
+#include "ffmpeg/PlaneWriter.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
+#include <utility>
 
 namespace CxFFMPEG {
 
@@ -83,6 +84,31 @@ bool HasPicture(const AVFrame& frame) {
     return frame.data[0] != nullptr && (!hasPalette || frame.data[1] != nullptr);
 }
 
+/// Whether a format is R, G, B of at most 8 bits each.
+bool HasRgbOfBytes(AVPixelFormat format) {
+    const AVPixFmtDescriptor& descriptor = *FFmpeg().av_pix_fmt_desc_get(format);
+    const auto* const end = descriptor.comp + descriptor.nb_components;
+    return (descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0 &&
+           std::all_of(descriptor.comp, end, [](const AVComponentDescriptor& c) { return c.depth <= 8; });
+}
+
+/// For `Image::DoMultiProcess`: (any image, words and bytes, row from the top).
+void WriteByteRow(Image*, void* context, int row) {
+    const auto& [words, bytes] = *static_cast<const std::pair<const AVFrame&, AVFrame&>*>(context);
+    const auto* const in =
+        reinterpret_cast<const uint16_t*>(words.data[0] + int64_t{row} * words.linesize[0]);
+    uint8_t* const out = bytes.data[0] + int64_t{row} * bytes.linesize[0];
+    // The nearest byte, for all words.
+    for (int64_t i = 0, channels = int64_t{3} * words.width; i < channels; ++i)
+        out[i] = static_cast<uint8_t>((in[i] * 255U + 32895) >> 16);
+}
+
+/// Words to the nearest bytes, on the host's threads.
+bool WriteBytes(const AVFrame& words, AVFrame& bytes, Image& image) {
+    std::pair<const AVFrame&, AVFrame&> rows(words, bytes);
+    return image.DoMultiProcess(WriteByteRow, &rows, words.height, nullptr, false);
+}
+
 /// A frame with a picture of its own; null if there is no memory or no picture of this size.
 FramePointer MakeFrame(int width, int height, AVPixelFormat format) {
     constexpr int alignment = 32;
@@ -109,20 +135,29 @@ bool FrameConverter::ToImage(const AVFrame& frame, bool isFullRange, Image& imag
     }
 
     const AVPixelFormat words = WordFormatOf(frame);
-    if (words == AV_PIX_FMT_NONE) return false;
-    const FramePointer converted(Convert(frame, words, IsFullRange(frame, isFullRange)));
-    return converted != nullptr && WriteFrameRows(*converted, image);
+    if (words == AV_PIX_FMT_NONE || !HasPicture(frame)) return false;
+    const FramePointer converted = MakeFrame(frame.width, frame.height, words);
+    if (!converted || !scaler.Convert(frame, IsFullRange(frame, isFullRange), *converted)) return false;
+    return WriteFrameRows(*converted, image);
 }
 
-AVFrame* FrameConverter::Convert(const AVFrame& frame, AVPixelFormat format) {
-    return Convert(frame, format, IsFullRange(frame, false));
+AVFrame* FrameConverter::ForEncoder(const AVFrame& words, const AVCodecContext& encoder, Image& image) {
+    FramePointer picture = MakeFrame(words.width, words.height, encoder.pix_fmt);
+    if (!picture) return nullptr;
+    picture->color_range = encoder.color_range;
+    picture->color_primaries = encoder.color_primaries;
+    picture->color_trc = encoder.color_trc;
+    picture->colorspace = encoder.colorspace;
+    return WriteWords(words, *picture, image) ? picture.release() : nullptr;
 }
 
-AVFrame* FrameConverter::Convert(const AVFrame& frame, AVPixelFormat format, bool isFullRange) {
-    if (!HasPicture(frame)) return nullptr;
-    FramePointer converted = MakeFrame(frame.width, frame.height, format);
-    if (!converted) return nullptr;
-    return scaler.Convert(frame, isFullRange, *converted) ? converted.release() : nullptr;
+bool FrameConverter::WriteWords(const AVFrame& words, AVFrame& picture, Image& image) {
+    const auto format = static_cast<AVPixelFormat>(picture.format);
+    if (HasWritablePlanes(format)) return WritePlanes(words, picture, image);
+    if (!HasRgbOfBytes(format)) return scaler.Convert(words, true, picture);
+    // From bytes libswscale takes half the time.
+    const FramePointer bytes = MakeFrame(words.width, words.height, AV_PIX_FMT_RGB24);
+    return bytes && WriteBytes(words, *bytes, image) && scaler.Convert(*bytes, true, picture);
 }
 
 void ReleaseFrame(AVFrame*& frame) {

@@ -28,14 +28,18 @@ public:
     /// Whether `ToImage` hands the frame to the host's colour conversion as it is.
     static bool IsDirect(const AVFrame& frame, const Image& image);
 
-    /// Makes a frame of the same size in another pixel format. Its colours are those that the frame says.
+    /// Makes the frame that an encoder takes of a picture of `AV_PIX_FMT_RGB48LE`: one of the encoder's pixel
+    /// format, with the colours that the encoder says. Without a matrix that is BT.709; without a range it is
+    /// video range, other than in the formats of JPEG. Where `WritePlanes` has the format it converts,
+    /// libswscale in all others.
     ///
+    /// @param image  its `DoMultiProcess` may be used; nothing else of it is touched
     /// @return the frame, whose picture is memory of `av_image_alloc` and which the caller gives to
-    ///         `ReleaseFrame`; null if it can't be made
-    AVFrame* Convert(const AVFrame& frame, AVPixelFormat format);
+    ///         `ReleaseFrame`; null if it can't be made. Throws std::bad_alloc
+    AVFrame* ForEncoder(const AVFrame& words, const AVCodecContext& encoder, Image& image);
 
 private:
-    AVFrame* Convert(const AVFrame& frame, AVPixelFormat format, bool isFullRange);
+    bool WriteWords(const AVFrame& words, AVFrame& picture, Image& image);
 
     FrameScaler scaler;
 };

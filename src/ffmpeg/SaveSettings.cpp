@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace CxFFMPEG {
 
@@ -52,15 +53,9 @@ PixelAspect ReducePixelAspect(double x, double y) {
     int32_t across = ToInt(std::floor(x * 10000.0 + 0.5));
     int32_t down = ToInt(std::floor(y * 10000.0 + 0.5));
     if (across == down) return {1, 1};
-    for (int32_t divisor = std::min(across, down); divisor > 1; --divisor) {
-        while (across % divisor == 0 && down % divisor == 0) {
-            across /= divisor;
-            down /= divisor;
-        }
-        // No larger number divides both any more.
-        divisor = std::min(divisor, std::min(across, down) + 1);
-    }
-    return {across, down};
+    if (std::min(across, down) < 1) return {across, down};
+    const int32_t divisor = std::gcd(across, down);
+    return {across / divisor, down / divisor};
 }
 
 uint32_t SaveFieldOrder(bool isInterlaced, int32_t width, int32_t height) {

@@ -34,7 +34,8 @@ struct PixelAspect {
     bool operator==(const PixelAspect&) const = default;
 };
 
-/// The aspect of a pixel of `x` by `y`, to four decimals each, in lowest terms.
+/// The aspect of a pixel of `x` by `y`, to four decimals each, in lowest terms; sides that are not above 0
+/// stay as they are.
 PixelAspect ReducePixelAspect(double x, double y);
 
 /// `CxVideoSettings::fieldOrder` of pictures: interlaced ones have the top field first, but for those of the

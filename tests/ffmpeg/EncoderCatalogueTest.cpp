@@ -1,11 +1,14 @@
 #include "ffmpeg/EncoderCatalogue.h"
 
 #include "ffmpeg/FFmpegBinding.h"
+#include "support/HeapSpy.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -133,6 +136,33 @@ TEST(EncoderCatalogue, TheNamesAreTheKeysOfTheTable) {
     EXPECT_EQ(names.size(), GetContainerTable().size());
     for (const std::string& name : names)
         EXPECT_TRUE(GetContainerTable().contains(name)) << name;
+}
+
+/// Empties a table, and sees that it comes back whole however often memory ran out on the way.
+template <typename Table>
+void ExpectBuiltAnew(const Table& (*get)()) {
+    // The object behind the reference is not constant: its first use has filled it.
+    auto& table = const_cast<Table&>(get());
+    const Table whole = std::exchange(table, Table());
+    for (const int allocations : {0, 1, 7, 20}) {
+        bool isOut = false;
+        try {
+            const HeapSpy spy(allocations);
+            get();
+        } catch (const std::bad_alloc&) {
+            isOut = true;
+        }
+        EXPECT_TRUE(isOut) << allocations;
+    }
+    EXPECT_EQ(get().size(), whole.size());
+    for (const auto& [name, entry] : whole)
+        EXPECT_TRUE(get().contains(name)) << name;
+}
+
+TEST(EncoderCatalogue, ATableThatFindsTooLittleMemoryIsBuiltAnewByTheNextCall) {
+    ASSERT_TRUE(LoadFFmpeg());
+    ExpectBuiltAnew(GetEncoderTable);
+    ExpectBuiltAnew(GetContainerTable);
 }
 
 TEST(EncoderOptions, ThePairBehindTheLastSeparatorIsLost) {

@@ -76,20 +76,29 @@ inline Scale ScaleOf(const Format& format, int component) {
     return format.IsFull() ? Scale{0, most} : Scale{16 * step, 219 * step};
 }
 
-/// The codes nearest to a colour.
-inline Codes CodesOf(const Format& format, const Color& color) {
+/// The codes of a colour, neither rounded nor limited; full-range chroma may exceed what there is by half.
+inline std::array<double, 4> ExactCodesOf(const Format& format, const Color& color) {
     const LumaShares shares = SharesOf(format.matrix);
     const double luma = shares.red * color[0] + shares.Green() * color[1] + shares.blue * color[2];
     std::array<double, 4> values = {luma, (color[2] - luma) / (2 * (1 - shares.blue)),
                                     (color[0] - luma) / (2 * (1 - shares.red)), color[3]};
     if (format.IsRgb()) values = color;
     if (format.Components() == 2) values[1] = color[3];
-    Codes codes = {};
     for (int c = 0; c < format.Components(); ++c) {
         const Scale scale = ScaleOf(format, c);
+        double& value = values[static_cast<size_t>(c)];
+        value = scale.zero + scale.span * value;
+    }
+    return values;
+}
+
+/// The codes nearest to a colour.
+inline Codes CodesOf(const Format& format, const Color& color) {
+    const std::array<double, 4> exact = ExactCodesOf(format, color);
+    Codes codes = {};
+    for (size_t c = 0; c < static_cast<size_t>(format.Components()); ++c) {
         const double most = (1 << format.Descriptor().comp[c].depth) - 1;
-        const double code = scale.zero + scale.span * values[static_cast<size_t>(c)];
-        codes[static_cast<size_t>(c)] = static_cast<uint16_t>(std::lround(std::clamp(code, 0., most)));
+        codes[c] = static_cast<uint16_t>(std::lround(std::clamp(exact[c], 0., most)));
     }
     return codes;
 }

@@ -89,6 +89,16 @@ TEST(SaveSettings, ThePixelAspectIsInLowestTerms) {
     }
 }
 
+TEST(SaveSettings, SidesOfAnyLengthAreReduced) {
+    EXPECT_EQ(ReducePixelAspect(200000.0, 210000.0), (PixelAspect{20, 21}));
+    EXPECT_EQ(ReducePixelAspect(214748.3646, 214748.3647), (PixelAspect{2147483646, 2147483647}));
+}
+
+TEST(SaveSettings, SidesThatAreNotAboveZeroStayAsTheyAre) {
+    EXPECT_EQ(ReducePixelAspect(0.0, 0.5), (PixelAspect{0, 5000}));
+    EXPECT_EQ(ReducePixelAspect(-0.5, 0.5), (PixelAspect{-5000, 5000}));
+}
+
 TEST(SaveSettings, InterlacedPicturesOfTheNtscSizesHaveTheBottomFieldFirst) {
     EXPECT_EQ(SaveFieldOrder(true, 720, 486), 3u);
     EXPECT_EQ(SaveFieldOrder(true, 720, 480), 3u);
