@@ -1,8 +1,10 @@
 // The one place where back-ends register, while the module loads.
 
+#include "cameraraw/VrelFileFormat.h"
 #include "codecs/DNXCodec.h"
 #include "codecs/ProResCodec.h"
 #include "codecs/UncompressedCodecs.h"
+#include "codecs/WMFCodec.h"
 #include "ffmpeg/FFMPEGCodecs.h"
 #include "ffmpeg/FFMPEGFileFormats.h"
 #include "framework/CxAVCodecRegistry.h"
@@ -24,6 +26,8 @@ bool RegisterAll() {
     g_DNXFactory = Register<DNXCodec>();
     g_ProResFactory = Register<ProResCodec>();
     g_UncompressedFactory = Register<UncompressedCodecs>();
+    CxWMF::g_WMFFactory = Register<CxWMF::WMFCodec>();
+    RegisterVrelFileFormat();
     return true;
 }
 

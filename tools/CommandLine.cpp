@@ -6,6 +6,7 @@
 #include "commands/EncodeCommand.h"
 #include "commands/InfoCommand.h"
 #include "commands/ListCommand.h"
+#include "commands/SaveCommand.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -27,6 +28,13 @@ constexpr const char* kEncodeDescription =
     "Make a movie of a movie or an image sequence, through an encoder of the registry. Values are encoded as "
     "they are read: there is no transfer conversion.";
 
+constexpr const char* kSaveDescription =
+    "Make a movie of a movie or an image sequence through FFmpeg, by the save controls of the host format. "
+    "'list containers' says which containers there are and what they hold.";
+
+constexpr const char* kRateHelp =
+    "Frames per second, such as 24, 23.976 or 24000/1001; by default the movie's, or 24";
+
 /// What the options are before they are understood.
 struct RawOptions {
     std::string section;
@@ -37,6 +45,11 @@ struct RawOptions {
     std::string via = "auto";
     std::string missing = "refuse";
     std::string codec;
+    std::string container;
+    std::string encoder;
+    std::string encoderOptions;
+    std::optional<double> dataRate;
+    std::optional<double> keyFrames;
     std::string frameRate;
     std::string fieldOrder;
     std::string progress = "bar";
@@ -103,11 +116,29 @@ void AddEncode(CLI::App& app, RawOptions& raw) {
     command->add_option("input", raw.input, "Movie or image sequence")->required();
     command->add_option("-o,--output", raw.output, "Movie")->required();
     command->add_option("--codec", raw.codec, "Display name of an encoder, as list says it")->required();
-    command->add_option("--fps", raw.frameRate,
-                        "Frames per second, such as 24, 23.976 or 24000/1001; by default the movie's, or 24");
+    command->add_option("--fps", raw.frameRate, kRateHelp);
     command->add_flag("--alpha", raw.alpha, "Code the alpha channel, where the encoder can");
     AddChoice(*command, "--field-order", raw.fieldOrder, kFieldOrders,
               "By default the movie's, or progressive");
+    AddJobOptions(*command, raw);
+    command->add_flag("--json", raw.json, "Answer as one JSON object");
+}
+
+void AddSave(CLI::App& app, RawOptions& raw) {
+    CLI::App* command = app.add_subcommand("save", kSaveDescription);
+    command->add_option("input", raw.input, "Movie or image sequence")->required();
+    command->add_option("-o,--output", raw.output, "Movie")->required();
+    command->add_option("--container", raw.container, "Name of a container, as list says it")->required();
+    command->add_option("--encoder", raw.encoder, "Label of one of its encoders")->required();
+    command->add_option("--fps", raw.frameRate, kRateHelp);
+    command->add_option("--data-rate", raw.dataRate, "Kilobytes of 1024 bytes a second; 512 by default")
+        ->check(CLI::NonNegativeNumber);
+    command
+        ->add_option("--key-frames", raw.keyFrames,
+                     "Frames from one key frame to the next, 0 to 64; 1 by default")
+        ->check(CLI::NonNegativeNumber);
+    command->add_option("--options", raw.encoderOptions,
+                        "Options of the encoder, such as preset=slow,crf=18");
     AddJobOptions(*command, raw);
     command->add_flag("--json", raw.json, "Answer as one JSON object");
 }
@@ -134,6 +165,13 @@ DecodeOptions ReadDecodeOptions(const RawOptions& raw) {
     return options;
 }
 
+std::optional<Rational> ReadFrameRate(const RawOptions& raw) {
+    if (raw.frameRate.empty()) return std::nullopt;
+    const std::optional<Rational> rate = ParseFrameRate(raw.frameRate);
+    if (!rate) FailUsage("--fps " + raw.frameRate, "not a rate such as 24, 23.976 or 24000/1001");
+    return rate;
+}
+
 EncodeOptions ReadEncodeOptions(const RawOptions& raw) {
     EncodeOptions options;
     options.input = raw.input;
@@ -143,10 +181,22 @@ EncodeOptions ReadEncodeOptions(const RawOptions& raw) {
     options.inputOptions = InputOptions(raw);
     options.progress = kProgress.at(raw.progress);
     if (!raw.fieldOrder.empty()) options.fieldOrder = kFieldOrders.at(raw.fieldOrder);
-    if (raw.frameRate.empty()) return options;
-    options.frameRate = ParseFrameRate(raw.frameRate);
-    if (!options.frameRate)
-        FailUsage("--fps " + raw.frameRate, "not a rate such as 24, 23.976 or 24000/1001");
+    options.frameRate = ReadFrameRate(raw);
+    return options;
+}
+
+SaveOptions ReadSaveOptions(const RawOptions& raw) {
+    SaveOptions options;
+    options.input = raw.input;
+    options.output = raw.output;
+    options.controls.container = raw.container;
+    options.controls.encoder = raw.encoder;
+    options.controls.dataRate = raw.dataRate;
+    options.controls.keyFrames = raw.keyFrames;
+    options.controls.options = raw.encoderOptions;
+    options.inputOptions = InputOptions(raw);
+    options.progress = kProgress.at(raw.progress);
+    options.frameRate = ReadFrameRate(raw);
     return options;
 }
 
@@ -158,6 +208,8 @@ Job ReadJob(const CLI::App& app, const RawOptions& raw) {
     if (app.got_subcommand("info")) return [raw](Report& report) { RunInfo(raw.input, report); };
     if (app.got_subcommand("decode"))
         return [options = ReadDecodeOptions(raw)](Report& report) { RunDecode(options, report); };
+    if (app.got_subcommand("save"))
+        return [options = ReadSaveOptions(raw)](Report& report) { RunSave(options, report); };
     return [options = ReadEncodeOptions(raw)](Report& report) { RunEncode(options, report); };
 }
 
@@ -176,6 +228,7 @@ void CommandLine::Parse(int argc, char** argv) {
     AddInfo(app, raw);
     AddDecode(app, raw);
     AddEncode(app, raw);
+    AddSave(app, raw);
     try {
         app.parse(argc, argv);
         run_ = ReadJob(app, raw);

@@ -1,6 +1,8 @@
 #include "Encoders.h"
 
 #include "Text.h"
+#include "codecs/DNXRecords.h"
+#include "codecs/DNXTables.h"
 #include "framework/CxAVCodecRegistry.h"
 #include "media/ToolError.h"
 
@@ -11,7 +13,9 @@
 namespace {
 
 constexpr size_t kCloseNames = 3;
-constexpr uint32_t kAlphaFlag = 2; ///< of `CxEncoderInfo::flags`
+// Of `CxEncoderInfo::flags`.
+constexpr uint32_t kInterlacedFlag = 1;
+constexpr uint32_t kAlphaFlag = 2;
 
 std::string LowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -54,6 +58,8 @@ std::string CloseNames(const std::string& wanted) {
     return Join(names, ", ");
 }
 
+bool IsDNx(const CxEncoderInfo& row) { return row.fourCC == dnxHDCode || row.fourCC == dnxHRCode; }
+
 } // namespace
 
 std::vector<CxEncoderInfo> RegistryEncoders() {
@@ -72,8 +78,18 @@ CxEncoderInfo FindEncoder(const std::string& name) {
 
 uint32_t CodecTag(const CxEncoderInfo& row) {
     // Many compressions of DNx have one code; all other back-ends know their encoders by it.
-    const bool isDNx = row.fourCC == FourCC("AVdn") || row.fourCC == FourCC("AVdh");
-    return isDNx ? row.codecId : row.fourCC;
+    return IsDNx(row) ? row.codecId : row.fourCC;
 }
 
 bool OffersAlpha(const CxEncoderInfo& row) { return (row.flags & kAlphaFlag) != 0; }
+
+bool CodesRgb(const CxEncoderInfo& row) {
+    return IsDNx(row) && FindDNXCompression(row.codecId).sampling == dnxSampling444;
+}
+
+int OwnFieldOrder(const CxEncoderInfo& row) {
+    constexpr int progressive = 1;
+    constexpr int topFieldFirst = 2;
+    if (!IsDNx(row)) return 0;
+    return (row.flags & kInterlacedFlag) != 0 ? topFieldFirst : progressive;
+}

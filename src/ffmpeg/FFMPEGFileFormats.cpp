@@ -2,7 +2,6 @@
 #include "ffmpeg/FFmpegVersions.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 namespace CxFFMPEG {
@@ -67,7 +66,7 @@ bool FFMPEGFileFormats::OpenFile(const char* path, const TagList& /*tags*/) try 
     if (path == nullptr || !input.Open(path)) return false;
     fileName = std::move(name);
     return true;
-} catch (const std::bad_alloc&) {
+} catch (...) {
     CloseFile();
     return false;
 }
@@ -96,7 +95,7 @@ bool FFMPEGFileFormats::LoadHeaderTagList(const char* path, TagList& tags) try {
     if (OpenDecoder() && ReadTimes()) return true;
     CloseDecoder();
     return false;
-} catch (const std::bad_alloc&) {
+} catch (...) {
     CloseDecoder();
     return false;
 }

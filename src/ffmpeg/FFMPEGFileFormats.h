@@ -34,8 +34,8 @@ enum FFmpegFormatTag : Tag {
 };
 
 /// The host's format class for every movie that FFmpeg reads, and for those that it writes. It demuxes the
-/// file itself and gives any frame in any order. One object serves one tool, one thread at a time. Where
-/// memory is short an operation fails.
+/// file itself and gives any frame in any order. One object serves one tool, one thread at a time. No
+/// operation throws; where memory is short it fails.
 ///
 /// A save is `AddSaveInputs` and `NotifyChangedSave` for the tool's controls, and then `SetupSave`,
 /// `SaveHeaderTagList`, `SaveFrameTagList` for each frame in order, and `CleanupSave`, as often as need be.
@@ -55,14 +55,16 @@ public:
     /// Ends the file that is being saved, with the frames that the encoder holds back, and closes the one
     /// that is open and the decoder. What was found out of the stream's times stays. True.
     bool CloseFile() override;
-    /// Adds the controls of container, encoder, frame rate, data rate, key frames and options. The encoders
-    /// come with the first change of the container, which the host is to send. Null does nothing.
+    /// Adds the controls of container, encoder, frame rate, data rate, key frames and options, and forgets
+    /// those of an earlier call. The encoders come with the first change of the container, which the host is
+    /// to send. Null does nothing.
     void AddSaveInputs(Operator* tool) override;
     /// A new container fills the control of encoders and chooses the first one; an encoder is confirmed if
-    /// the container has it. Both are told to the document of `tool`, which may be null.
+    /// the container has it. Both are told to the document of `tool`, which may be null. The tool that
+    /// `AddSaveInputs` was given last has to be alive.
     void NotifyChangedSave(Operator* tool, Input* input, Parameter* value, double time) override;
     /// Reads the controls. The attribute of the frame rate tells the save's from then on. A null request does
-    /// nothing.
+    /// nothing. The tool that `AddSaveInputs` was given last has to be alive.
     void SetupSave(Operator* tool, Request* request) override;
     /// Ends the save, and says so on standard error.
     void CleanupSave(Operator* tool) override;
@@ -79,8 +81,9 @@ public:
     using ImageFormat::SaveHeaderTagList;
     /// Makes a file for images of the size, aspect and fields of `image`, which is the first one or like it,
     /// and for the sound of `AudioTag_Block` if `tags` has one. A save that was not ended is ended first.
-    /// @return false, with nothing being saved, if the container or encoder chosen by `SetupSave` is unknown,
-    ///         the file can't be made, or the encoder refuses; a file that was made stays, and is empty
+    /// @return false, with a save that runs going on, if the path or image is missing or the container or
+    ///         encoder chosen by `SetupSave` is unknown; false, with nothing being saved, if the file can't
+    ///         be made or the encoder refuses: a file that was made stays, and is empty
     bool SaveHeaderTagList(const char* path, Image* image, TagList& tags) override;
     /// Encodes the next frame, whatever its number, and the sound of `AudioTag_Block` if `tags` has one.
     /// @return false if nothing is being saved, the image is missing, of another size or can't be encoded, or

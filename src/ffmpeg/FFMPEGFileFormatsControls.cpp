@@ -2,6 +2,7 @@
 
 #include "ffmpeg/FFMPEGFileFormats.h"
 #include "ffmpeg/SaveSettings.h"
+#include "framework/CatchAll.h"
 #include "host/AutoCxIDParam.h"
 #include "host/InputTags.h"
 #include "host/Operator.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <new>
 #include <utility>
 
 namespace CxFFMPEG {
@@ -78,6 +78,20 @@ Input* Add(Operator& tool, const char* id, const char* label, const TagList& tag
     return tool.AddInput(Object::futr(label), id, tags);
 }
 
+/// A group of a tool's controls, to which those belong that are added during its life.
+class ControlGroup {
+public:
+    ControlGroup(Operator& tool, const char* id, const char* label) : tool_(tool) {
+        tool_.BeginControlNest(Object::futr(label), id, false);
+    }
+    ~ControlGroup() { tool_.EndControlNest(); }
+    ControlGroup(const ControlGroup&) = delete;
+    ControlGroup& operator=(const ControlGroup&) = delete;
+
+private:
+    Operator& tool_;
+};
+
 /// Has the tool's controls shown anew.
 void NotifyControlsChanged(Operator* tool) {
     if (tool != nullptr && tool->GetDoc() != nullptr)
@@ -107,13 +121,12 @@ void FFMPEGFileFormats::AddSaveInputs(Operator* tool) try {
     added.container = Add(*tool, "Container", "Container", ContainerTags());
     added.encoder = Add(*tool, "EncoderProfile", "Encoder", ComboTags());
     added.frameRate = Add(*tool, "FrameRateFps", "Frame Rate (fps)", RateTags());
-    tool->BeginControlNest(futr("Advanced"), "Advanced", false);
+    const ControlGroup advanced(*tool, "Advanced", "Advanced");
     added.dataRate = Add(*tool, "DataRateK", "Data Rate (KB/s)", WholeSliderTags(0.0, 1200.0, 512.0));
     added.keyFrames = Add(*tool, "KeyFrames", "Key Frames", WholeSliderTags(0.0, 64.0, 1.0));
     added.options = Add(*tool, "Options", "Encoder Options", TextTags());
-    tool->EndControlNest();
     controls = added;
-} catch (const std::bad_alloc&) {
+} catch (...) {
     // The tool has some of the controls then, and a save from it is refused.
     controls = {};
 }
@@ -123,11 +136,12 @@ void FFMPEGFileFormats::NotifyChangedSave(Operator* tool, Input* input, Paramete
     if (input == nullptr || id == nullptr) return;
     if (input == controls.container) ListEncoders(tool, id->ID());
     if (input == controls.encoder) ConfirmEncoder(tool, id->ID(), time);
-} catch (const std::bad_alloc&) {
+} catch (...) {
     // The control of encoders keeps what it had.
 }
 
-/// Fills the control of encoders for a container, and chooses the first one.
+/// Fills the control of encoders for a container, and chooses the first one. If anything fails the control
+/// keeps what it had, and nobody is told.
 void FFMPEGFileFormats::ListEncoders(Operator* tool, const CxID& container) {
     std::list<std::string> labels = GetEncoderLabels(static_cast<const char*>(container));
     labels.sort();
@@ -135,13 +149,20 @@ void FFMPEGFileFormats::ListEncoders(Operator* tool, const CxID& container) {
     tags.Delete(InputTag_EntryText);
     for (const std::string& label : labels)
         tags.Add(InputTag_EntryText, label.c_str());
-    controls.encoder->Tags() = std::move(tags);
     const CxID first = labels.empty() ? CxID() : CxID(labels.front().c_str(), true);
-    controls.encoder->SetSource(IDParameter(first), CxTime_None, 0, 0);
     TagList attributes;
     attributes.Set(InputTag_NoChoice, labels.size() < 2 ? 1 : 0, false);
-    controls.encoder->SetAttrsTagList(attributes);
-    NotifyControlsChanged(tool);
+    std::swap(controls.encoder->Tags(), tags);
+    // The choice comes last: tags can be taken back.
+    const bool isChosen = CatchAll(false, [&] {
+        controls.encoder->SetAttrsTagList(attributes);
+        return controls.encoder->SetSource(IDParameter(first), CxTime_None, 0, 0);
+    });
+    if (isChosen) {
+        NotifyControlsChanged(tool);
+    } else {
+        std::swap(controls.encoder->Tags(), tags);
+    }
 }
 
 /// Takes an encoder that the chosen container has; any other stays unconfirmed.
@@ -166,7 +187,7 @@ void FFMPEGFileFormats::SetupSave(Operator* tool, Request* request) try {
     settings.gopSize = GopSizeOf(NumberOf(*request, controls.keyFrames));
     options = ParseEncoderOptions(TextOf(*request, controls.options));
     times.frameRate = {static_cast<int>(rate.timeScale), static_cast<int>(rate.frameDuration)};
-} catch (const std::bad_alloc&) {
+} catch (...) {
     // A header is refused without a container.
     containerName = CxID();
 }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
 #include <utility>
 
 namespace CxFFMPEG {
@@ -36,7 +35,7 @@ bool FFMPEGFileFormats::LoadFrameTagList(uint32_t frame, Image*& image, TagList&
     if (codec->FindCachedFrame(number, cached)) return codec->ConvertFrameToImage(cached, image);
     const FramePointer decoded = FindFrame(number);
     return decoded != nullptr && codec->ConvertFrameToImage(decoded.get(), image);
-} catch (const std::bad_alloc&) {
+} catch (...) {
     return false;
 }
 

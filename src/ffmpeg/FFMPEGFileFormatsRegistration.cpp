@@ -1,6 +1,7 @@
 // How FFMPEGFileFormats is announced to the host.
 
 #include "ffmpeg/FFMPEGFileFormats.h"
+#include "framework/CatchAll.h"
 #include "host/Registry.h"
 #include "host/ScriptInfo.h"
 
@@ -20,10 +21,10 @@ enum CapabilityTag : Tag {
     CapabilityTag_SecondUnset = 0x10000069,
 };
 
-bool Init(Registry* registry) { return Object::RegInit(registry) && LoadFFmpeg(); }
+bool Init(Registry* registry) { return Object::RegInit(registry) && CatchAll(false, LoadFFmpeg); }
 
 Object* Create(const Registry* registry, const ScriptVal& value, const TagList& tags) {
-    return new FFMPEGFileFormats(registry, value, tags);
+    return CatchAll<Object*>(nullptr, [&] { return new FFMPEGFileFormats(registry, value, tags); });
 }
 
 TagItem Extension(const char* extension) { return {RegTag_Extension, TagItem::FromPtr(extension)}; }

@@ -3,11 +3,11 @@
 #include "ffmpeg/FFMPEGFileFormats.h"
 #include "ffmpeg/SaveSettings.h"
 #include "ffmpeg/TimeCode.h"
+#include "framework/CatchAll.h"
 #include "host/AudioBlock.h"
 
 #include <cmath>
 #include <limits>
-#include <new>
 
 namespace CxFFMPEG {
 
@@ -67,22 +67,27 @@ AudioDescription Describe(const AudioBlock& block) {
 
 } // namespace
 
-bool FFMPEGFileFormats::SaveHeaderTagList(const char* path, Image* image, TagList& tags) try {
+bool FFMPEGFileFormats::SaveHeaderTagList(const char* path, Image* image, TagList& tags) {
     if (containerName.IsEmpty() || encoderName.IsEmpty() || path == nullptr || image == nullptr) return false;
-    const ContainerEntry container = FindContainer(static_cast<const char*>(containerName));
-    const EncoderEntry entry = FindEncoder(static_cast<const char*>(encoderName));
-    if (entry.codecId == 0 || container.format == nullptr) return false;
+    ContainerEntry container;
+    EncoderEntry entry;
+    const bool isKnown = CatchAll(false, [&] {
+        container = FindContainer(static_cast<const char*>(containerName));
+        entry = FindEncoder(static_cast<const char*>(encoderName));
+        return entry.codecId != 0 && container.format != nullptr;
+    });
+    // Up to here a save that runs goes on.
+    if (!isKnown) return false;
     CloseWriter();
-    writer = FFmpegFileWriter::Create({path, static_cast<int32_t>(settings.timeScale), {}}, &container);
-    if (writer == nullptr) return false;
-    DescribeEncoder(entry, settings);
-    DescribeImage(*image, settings);
-    if (OpenStreams(entry, FindAudio(tags))) return true;
-    AbandonWriter();
-    return false;
-} catch (const std::bad_alloc&) {
-    AbandonWriter();
-    return false;
+    const bool isOpen = CatchAll(false, [&] {
+        writer = FFmpegFileWriter::Create({path, static_cast<int32_t>(settings.timeScale), {}}, &container);
+        if (writer == nullptr) return false;
+        DescribeEncoder(entry, settings);
+        DescribeImage(*image, settings);
+        return OpenStreams(entry, FindAudio(tags));
+    });
+    if (!isOpen) AbandonWriter();
+    return isOpen;
 }
 
 /// Opens the encoder and tells the writer of its stream, and of the sound if there is any.
@@ -104,7 +109,7 @@ bool FFMPEGFileFormats::SaveFrameTagList(uint32_t /*frame*/, Image* image, TagLi
     const AudioBlock* const audio = FindAudio(tags);
     if (audio == nullptr) return true;
     return audio->Size >= 0 && writer->WriteAudioData(0, audio->Data, static_cast<uint32_t>(audio->Size));
-} catch (const std::bad_alloc&) {
+} catch (...) {
     return false;
 }
 
@@ -119,10 +124,11 @@ void FFMPEGFileFormats::CloseWriter() {
     AbandonWriter();
 }
 
-/// Ends the file with what is in it. The writer goes first, which uses the encoder's context.
+/// Ends the file with what is in it, which needs no encoder any more.
 void FFMPEGFileFormats::AbandonWriter() {
-    writer.reset();
     encoder.reset();
+    settings.value5 = 0;
+    writer.reset();
 }
 
 } // namespace CxFFMPEG

@@ -25,6 +25,12 @@ AVCodecID PcmCodec(int32_t bitsPerSample) {
     }
 }
 
+/// Whether it can be told to an encoder, whose numbers hold no more.
+bool IsDescribed(const AudioDescription& audio) {
+    return audio.format == "lpcm" && audio.sampleRate >= 1 && audio.channels >= 1 &&
+           std::in_range<int32_t>(int64_t{audio.bitsPerSample} * audio.channels);
+}
+
 } // namespace
 
 void FFmpegFileWriter::OutputDeleter::operator()(AVFormatContext* context) const {
@@ -99,9 +105,9 @@ void FFmpegFileWriter::SetTimeCode(AVRational rate, int64_t frames) {
 }
 
 bool FFmpegFileWriter::AddAudioStream(const AudioDescription& audio) {
-    if (!IsOpen() || audio.format != "lpcm" || audio.sampleRate < 1 || audio.channels < 1) return false;
+    if (!IsOpen() || !IsDescribed(audio)) return false;
     const AVCodec* const encoder = FFmpeg().avcodec_find_encoder(PcmCodec(audio.bitsPerSample));
-    if (encoder == nullptr) return false;
+    if (encoder == nullptr || encoder->sample_fmts == nullptr) return false;
     AVStream* const stream = FFmpeg().avformat_new_stream(output.get(), nullptr);
     audioContext.reset(FFmpeg().avcodec_alloc_context3(encoder));
     if (stream == nullptr || audioContext == nullptr) return false;
@@ -115,13 +121,13 @@ bool FFmpegFileWriter::AddAudioStream(const AudioDescription& audio) {
 
 bool FFmpegFileWriter::OpenAudioEncoder(const AVCodec& encoder, const AudioDescription& audio) {
     AVCodecContext& context = *audioContext;
-    const int64_t bitsPerFrame = int64_t{audio.bitsPerSample} * audio.channels;
+    const int32_t bitsPerFrame = audio.bitsPerSample * audio.channels;
     context.codec_type = AVMEDIA_TYPE_AUDIO;
     context.codec_id = encoder.id;
     context.sample_fmt = encoder.sample_fmts[0];
     context.bits_per_coded_sample = audio.bitsPerSample;
-    context.bit_rate = bitsPerFrame * audio.sampleRate;
-    context.block_align = static_cast<int>(bitsPerFrame / 8);
+    context.bit_rate = int64_t{bitsPerFrame} * audio.sampleRate;
+    context.block_align = bitsPerFrame / 8;
     context.sample_rate = audio.sampleRate;
     SetChannels(context, audio.channels);
     return FFmpeg().avcodec_open2(&context, &encoder, nullptr) >= 0;
@@ -149,7 +155,8 @@ bool FFmpegFileWriter::WriteVideoPacket(AVPacket* packet) {
     if (packet->duration == 0) packet->duration = 1;
     FFmpeg().av_packet_rescale_ts(packet, videoContext->time_base, stream.time_base);
     if (!Write(*packet)) return false;
-    FFmpeg().avio_flush(output->pb);
+    // A muxer that opens files of its own may have closed this one.
+    if (output->pb != nullptr) FFmpeg().avio_flush(output->pb);
     return true;
 }
 

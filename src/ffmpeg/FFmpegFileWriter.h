@@ -53,10 +53,11 @@ public:
     /// @param settings  `value5` is the address of the open encoder's context, which outlives the writer's
     ///                  use of it; rate and time code are read
     virtual bool AddVideoStream(CxVideoSettings& settings, const EncoderEntry& entry);
-    /// Adds the stream of sound. False if it can't be, or FFmpeg's encoder refuses it.
+    /// Adds the stream of sound. False if it can't be, there is no encoder for it, or that refuses it.
     virtual bool AddAudioStream(const AudioDescription& audio);
-    /// Writes a packet of the encoder, whose times and stream index become the stream's. The packet stays the
-    /// caller's. False without a stream of pictures, and if it can't be written.
+    /// Writes a packet of the encoder, whose times and stream index become the stream's; one without a
+    /// duration lasts a frame. The packet stays the caller's, and may have lost its content.
+    /// @return false without a stream of pictures, and if it can't be written
     virtual bool WriteVideoPacket(AVPacket* packet);
     /// Writes the next samples of a stream of sound.
     /// @param track  of `AddAudioStream`, from 0

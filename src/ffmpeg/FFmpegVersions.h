@@ -8,7 +8,8 @@
 
 namespace CxFFMPEG {
 
-/// Gives an encoder one frame, or null to drain it, and takes at most one packet.
+/// Gives an encoder one frame, or null to drain it, and takes at most one packet: before the frame from an
+/// encoder that is full, and after it from any other.
 /// @param gotPacket  out: whether `packet` holds one, which is the caller's to unreference
 /// @return FFmpeg's error code, or 0 or above. A drained encoder is no error
 int EncodeVideo(AVCodecContext* encoder, AVPacket* packet, const AVFrame* frame, bool& gotPacket);

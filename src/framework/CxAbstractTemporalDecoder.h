@@ -119,3 +119,4 @@ private:
 
 // The module makes and exports the decoders of these frame types; a program makes those of its own.
 extern template class CORVEX_API CxAbstractTemporalDecoder<AVFrame>;
+extern template class CORVEX_API CxAbstractTemporalDecoder<IMFSample>;

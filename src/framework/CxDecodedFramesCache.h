@@ -100,4 +100,6 @@ void CxDecodedFramesCache<T>::ClearCache() {
 
 // The module makes and exports the caches of these frame types; a program makes those of its own.
 struct AVFrame;
+struct IMFSample;
 extern template class CORVEX_API CxDecodedFramesCache<AVFrame>;
+extern template class CORVEX_API CxDecodedFramesCache<IMFSample>;

@@ -83,8 +83,10 @@ Error Decoder::Decode(const uint8_t* data, uint32_t size, uint8_t* output, uint3
     if (outputSize < PictureBytes(packing_, width_, height_)) return Error::PictureBuffer;
     if (const Error error = DecodePlanes(data, size); error != Error::None) return error;
     const PlaneFormat* const planes = FindPlaneFormat(frame_->format);
-    const Error error = CheckPlanes(planes);
-    if (error == Error::None) PackPicture(*frame_, *planes, packing_, output);
+    Error error = CheckPlanes(planes);
+    if (error == Error::None)
+        error = ForEachBand(*context_, height_,
+                            [&](RowBand band) { PackRows(*frame_, *planes, band, packing_, output); });
     av_frame_unref(frame_.get());
     return error;
 }

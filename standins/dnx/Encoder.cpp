@@ -93,7 +93,10 @@ Error Encoder::Encode(const uint8_t* input, uint32_t inputSize, uint8_t* output,
     if (inputSize != PictureBytes(packing_, width, height)) return Error::PictureBuffer;
     // FFmpeg may still hold the planes of the frame before.
     if (av_frame_make_writable(frame_.get()) < 0) return Error::OutOfMemory;
-    UnpackPicture(input, packing_, *FindPlaneFormat(frame_->format), *frame_);
+    const PlaneFormat& planes = *FindPlaneFormat(frame_->format);
+    const Error unpacked = ForEachBand(
+        *context_, height, [&](RowBand band) { UnpackRows(input, packing_, planes, band, *frame_); });
+    if (unpacked != Error::None) return unpacked;
     if (const Error error = EncodePlanes(); error != Error::None) return error;
     const auto size = static_cast<uint32_t>(packet_->size);
     const bool fits = size <= outputSize;

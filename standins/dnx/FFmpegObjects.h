@@ -1,12 +1,14 @@
 #pragma once
 
 #include "dnx/ErrorTexts.h"
+#include "dnx/Planes.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/frame.h>
 }
 
+#include <algorithm>
 #include <memory>
 
 namespace dnx {
@@ -36,6 +38,31 @@ inline CodecContextPtr AllocateContext(const AVCodec* codec) {
     context->thread_count = 0;
     context->log_level_offset = AV_LOG_TRACE + 1;
     return context;
+}
+
+/// Runs `work` for bands of a picture's rows, on the threads that the open context has for slices.
+/// @return no memory if `work` throws, after all bands
+template <typename Work>
+Error ForEachBand(AVCodecContext& context, size_t rows, const Work& work) {
+    constexpr int bands = 16;
+    struct Job {
+        const Work& work;
+        size_t rows;
+    } job = {work, rows};
+    const auto run = [](AVCodecContext*, void* argument, int index, int) {
+        const Job& shared = *static_cast<const Job*>(argument);
+        const auto band = static_cast<size_t>(index);
+        try {
+            shared.work(RowBand{shared.rows * band / bands, shared.rows * (band + 1) / bands});
+            return 0;
+        } catch (...) {
+            return AVERROR(ENOMEM);
+        }
+    };
+    int results[bands] = {};
+    context.execute2(&context, run, &job, results, bands);
+    const bool failed = std::ranges::any_of(results, [](int result) { return result < 0; });
+    return failed ? Error::OutOfMemory : Error::None;
 }
 
 } // namespace dnx

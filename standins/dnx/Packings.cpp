@@ -45,18 +45,20 @@ bool Converts(const Packing& packing, const PlaneFormat& planes) {
     return packing.rgb || planes.color == PlaneColor::YCbCr422;
 }
 
-void PackPicture(const AVFrame& frame, const PlaneFormat& planes, const Packing& packing, uint8_t* output) {
+void PackRows(const AVFrame& frame, const PlaneFormat& planes, RowBand band, const Packing& packing,
+              uint8_t* output) {
     if (packing.rgb)
-        WriteRgb(frame, planes, WeightsOf(frame), output);
+        WriteRgb(frame, planes, band, WeightsOf(frame), output);
     else
-        WritePairs(frame, planes, packing, output);
+        WritePairs(frame, planes, band, packing, output);
 }
 
-void UnpackPicture(const uint8_t* input, const Packing& packing, const PlaneFormat& planes, AVFrame& frame) {
+void UnpackRows(const uint8_t* input, const Packing& packing, const PlaneFormat& planes, RowBand band,
+                AVFrame& frame) {
     if (packing.rgb)
-        ReadRgb(input, planes, frame);
+        ReadRgb(input, planes, band, frame);
     else
-        ReadPairs(input, packing.depth, planes, frame);
+        ReadPairs(input, packing.depth, planes, band, frame);
 }
 
 } // namespace dnx

@@ -28,12 +28,14 @@ uint64_t PictureBytes(const Packing& packing, uint32_t width, uint32_t height);
 /// Whether a packing holds what planes of a format give, and the other way around.
 bool Converts(const Packing& packing, const PlaneFormat& planes);
 
-/// Packs the picture of a frame, alpha opaque, into `PictureBytes` bytes. The two must go together. Throws
-/// std::bad_alloc.
-void PackPicture(const AVFrame& frame, const PlaneFormat& planes, const Packing& packing, uint8_t* output);
+/// Packs rows of a frame, alpha opaque, into a picture of `PictureBytes` bytes. The two must go together.
+/// Throws std::bad_alloc.
+void PackRows(const AVFrame& frame, const PlaneFormat& planes, RowBand band, const Packing& packing,
+              uint8_t* output);
 
-/// Unpacks a picture of `PictureBytes` bytes into a writable frame, without its alpha. The two must go
-/// together, and Y'CbCr has no alpha. Throws std::bad_alloc.
-void UnpackPicture(const uint8_t* input, const Packing& packing, const PlaneFormat& planes, AVFrame& frame);
+/// Unpacks rows of a picture of `PictureBytes` bytes into a writable frame, without their alpha. The two must
+/// go together, and Y'CbCr has no alpha. Throws std::bad_alloc.
+void UnpackRows(const uint8_t* input, const Packing& packing, const PlaneFormat& planes, RowBand band,
+                AVFrame& frame);
 
 } // namespace dnx

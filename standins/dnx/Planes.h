@@ -34,6 +34,12 @@ inline const PlaneFormat* FindPlaneFormat(int format) {
     return row != std::end(planeFormats) ? row : nullptr;
 }
 
+/// Rows of a picture from `first` to before `end`.
+struct RowBand {
+    size_t first;
+    size_t end;
+};
+
 /// The planes of one frame, by rows. `Sample` is uint8_t for planes of 8 bits and uint16_t for deeper ones.
 /// The frame must outlive it.
 template <typename Sample>
@@ -42,7 +48,6 @@ public:
     explicit Planes(const AVFrame& frame) : frame_(frame) {}
 
     size_t Width() const { return static_cast<size_t>(frame_.width); }
-    size_t Height() const { return static_cast<size_t>(frame_.height); }
     Sample* Row(int plane, size_t row) const {
         const ptrdiff_t offset = static_cast<ptrdiff_t>(row) * frame_.linesize[plane];
         return reinterpret_cast<Sample*>(frame_.data[plane] + offset);

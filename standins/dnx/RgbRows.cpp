@@ -1,6 +1,8 @@
 #include "dnx/RgbRows.h"
 
 #include "dnx/CodeScale.h"
+#include "dnx/RgbPixels.h"
+#include "dnx/RgbWords.h"
 
 #include <vector>
 
@@ -9,32 +11,12 @@ namespace dnx {
 namespace {
 
 constexpr size_t rgbPixelBytes = 8;
-constexpr float middle = 32768; ///< chroma of no colour, in words
 constexpr int wordDepth = 16;
-
-// Places of the words of a pixel.
-constexpr size_t alphaAt = 0;
-constexpr size_t redAt = 1;
-constexpr size_t greenAt = 2;
-constexpr size_t blueAt = 3;
 
 // Planes of FFmpeg's R'G'B' frames.
 constexpr int greenPlane = 0;
 constexpr int bluePlane = 1;
 constexpr int redPlane = 2;
-
-void StorePixel(uint8_t* row, size_t x, uint32_t red, uint32_t green, uint32_t blue) {
-    StoreSample<uint16_t>(row, 4 * x + alphaAt, 65535);
-    StoreSample<uint16_t>(row, 4 * x + redAt, red);
-    StoreSample<uint16_t>(row, 4 * x + greenAt, green);
-    StoreSample<uint16_t>(row, 4 * x + blueAt, blue);
-}
-
-/// Rounds to nearest and limits to codes that aren't negative.
-int32_t RoundToCode(float value, int32_t lowest, int32_t highest) {
-    return std::min(std::max(static_cast<int32_t>(value + 0.5f), lowest), highest);
-}
-uint32_t RoundToWord(float value) { return static_cast<uint32_t>(RoundToCode(value, 0, 65535)); }
 
 template <typename Sample>
 void WriteRgbRow(const Planes<Sample>& planes, size_t row, int depth, uint8_t* __restrict output) {
@@ -71,47 +53,41 @@ public:
           cr_(planes_.Width()) {}
 
     void Convert(size_t row, uint8_t* output) {
-        Spread(planes_.Row(1, row), cb_);
-        Spread(planes_.Row(2, row), cr_);
-        ConvertPixels(planes_.Row(0, row), cb_.data(), cr_.data(), output);
+        const size_t width = planes_.Width();
+        Spread(1, row, cb_);
+        Spread(2, row, cr_);
+        StoreRgbPixelsVector({Codes(0, row, width), scale_, cb_.data(), cr_.data()}, matrix_, width, output);
     }
 
 private:
-    void ConvertPixels(const Sample* luma, const float* cb, const float* cr,
-                       uint8_t* __restrict output) const {
-        const VideoMatrix matrix = matrix_;
-        const float scale = scale_;
-        for (size_t x = 0, width = planes_.Width(); x < width; ++x) {
-            const float y = static_cast<float>(luma[x]) * scale;
-            StorePixel(output, x, RoundToWord(y + matrix.redFromCr * cr[x]),
-                       RoundToWord(y + matrix.greenFromCb * cb[x] + matrix.greenFromCr * cr[x]),
-                       RoundToWord(y + matrix.blueFromCb * cb[x]));
+    /// A row of `count` codes, valid until the next one: bytes are made words.
+    const uint16_t* Codes(int plane, size_t row, size_t count) {
+        const Sample* const samples = planes_.Row(plane, row);
+        if constexpr (sizeof(Sample) == sizeof(uint16_t)) {
+            return samples;
+        } else {
+            wide_.assign(samples, samples + count);
+            return wide_.data();
         }
     }
 
-    float Difference(Sample code) const { return static_cast<float>(code) * scale_ - middle; }
-
     /// Gives each pixel its chroma.
-    void Spread(const Sample* codes, std::vector<float>& chroma) const {
+    void Spread(int plane, size_t row, std::vector<float>& chroma) {
         const size_t width = planes_.Width();
-        if (!half_) {
-            for (size_t x = 0; x < width; ++x)
-                chroma[x] = Difference(codes[x]);
+        if (half_) {
+            SpreadChromaVector(Codes(plane, row, (width + 1) / 2), scale_, width, chroma.data());
             return;
         }
-        const size_t last = (width - 1) / 2;
-        for (size_t pair = 0; pair < last; ++pair) {
-            chroma[2 * pair] = Difference(codes[pair]);
-            chroma[2 * pair + 1] = (Difference(codes[pair]) + Difference(codes[pair + 1])) / 2;
-        }
-        for (size_t x = 2 * last; x < width; ++x)
-            chroma[x] = Difference(codes[last]);
+        const uint16_t* const codes = Codes(plane, row, width);
+        for (size_t x = 0; x < width; ++x)
+            chroma[x] = static_cast<float>(codes[x]) * scale_ - noChroma;
     }
 
     Planes<Sample> planes_;
     bool half_; ///< a chroma sample for two pixels
     VideoMatrix matrix_;
     float scale_; ///< from codes to words
+    std::vector<uint16_t> wide_;
     std::vector<float> cb_;
     std::vector<float> cr_;
 };
@@ -171,7 +147,7 @@ private:
         for (size_t pair = 0; pair < (width + 1) / 2; ++pair) {
             const float* const three = first + 2 * pair;
             const float mean = (three[0] + 2 * three[1] + three[2]) / 4;
-            samples[pair] = static_cast<Sample>(codes(mean + middle));
+            samples[pair] = static_cast<Sample>(codes(mean + noChroma));
         }
     }
 
@@ -182,46 +158,48 @@ private:
 };
 
 template <typename Sample>
-void WriteYCbCr(const AVFrame& frame, const PlaneFormat& format, LumaWeights weights, uint8_t* output) {
+void WriteYCbCr(const AVFrame& frame, const PlaneFormat& format, RowBand band, LumaWeights weights,
+                uint8_t* output) {
     const Planes<Sample> planes(frame);
     YCbCrToRgb<Sample> converter(frame, format, weights);
-    for (size_t row = 0; row < planes.Height(); ++row)
+    for (size_t row = band.first; row < band.end; ++row)
         converter.Convert(row, output + row * planes.Width() * rgbPixelBytes);
 }
 
 template <typename Sample>
-void ReadYCbCr(const uint8_t* input, int depth, AVFrame& frame) {
+void ReadYCbCr(const uint8_t* input, int depth, RowBand band, AVFrame& frame) {
     const Planes<Sample> planes(frame);
     RgbToYCbCr<Sample> converter(frame, depth);
-    for (size_t row = 0; row < planes.Height(); ++row)
+    for (size_t row = band.first; row < band.end; ++row)
         converter.Convert(input + row * planes.Width() * rgbPixelBytes, row);
 }
 
 } // namespace
 
-void WriteRgb(const AVFrame& frame, const PlaneFormat& planes, LumaWeights weights, uint8_t* output) {
+void WriteRgb(const AVFrame& frame, const PlaneFormat& planes, RowBand band, LumaWeights weights,
+              uint8_t* output) {
     if (planes.color != PlaneColor::Rgb) {
         if (planes.depth == 8)
-            WriteYCbCr<uint8_t>(frame, planes, weights, output);
+            WriteYCbCr<uint8_t>(frame, planes, band, weights, output);
         else
-            WriteYCbCr<uint16_t>(frame, planes, weights, output);
+            WriteYCbCr<uint16_t>(frame, planes, band, weights, output);
         return;
     }
     const Planes<uint16_t> rows(frame);
-    for (size_t row = 0; row < rows.Height(); ++row)
+    for (size_t row = band.first; row < band.end; ++row)
         WriteRgbRow(rows, row, planes.depth, output + row * rows.Width() * rgbPixelBytes);
 }
 
-void ReadRgb(const uint8_t* input, const PlaneFormat& planes, AVFrame& frame) {
+void ReadRgb(const uint8_t* input, const PlaneFormat& planes, RowBand band, AVFrame& frame) {
     if (planes.color != PlaneColor::Rgb) {
         if (planes.depth == 8)
-            ReadYCbCr<uint8_t>(input, planes.depth, frame);
+            ReadYCbCr<uint8_t>(input, planes.depth, band, frame);
         else
-            ReadYCbCr<uint16_t>(input, planes.depth, frame);
+            ReadYCbCr<uint16_t>(input, planes.depth, band, frame);
         return;
     }
     const Planes<uint16_t> rows(frame);
-    for (size_t row = 0; row < rows.Height(); ++row)
+    for (size_t row = band.first; row < band.end; ++row)
         ReadRgbRow(input + row * rows.Width() * rgbPixelBytes, row, planes.depth, rows);
 }
 

@@ -24,7 +24,7 @@ struct PairRow {
 };
 
 template <typename Pairs, typename Sample>
-void WriteRow(const Planes<Sample>& planes, size_t row, CodeScale scale, uint8_t* output) {
+void WriteRow(const Planes<Sample>& planes, size_t row, CodeScale scale, uint8_t* __restrict output) {
     const Sample* const luma = planes.Row(0, row);
     const Sample* const cb = planes.Row(1, row);
     const Sample* const cr = planes.Row(2, row);
@@ -58,55 +58,57 @@ void ReadRow(const uint8_t* input, size_t row, CodeScale scale, const Planes<Sam
 }
 
 template <typename Pairs, typename Sample>
-void WritePicture(const AVFrame& frame, const PlaneFormat& format, uint8_t* output) {
+void WritePicture(const AVFrame& frame, const PlaneFormat& format, RowBand band, uint8_t* output) {
     const Planes<Sample> planes(frame);
     const CodeScale scale(format.depth, Pairs::depth);
-    for (size_t row = 0; row < planes.Height(); ++row)
+    for (size_t row = band.first; row < band.end; ++row)
         WriteRow<Pairs>(planes, row, scale, output + row * Pairs::Bytes(planes.Width()));
 }
 
 template <typename Pairs, typename Sample>
-void ReadPicture(const uint8_t* input, const PlaneFormat& format, AVFrame& frame) {
+void ReadPicture(const uint8_t* input, const PlaneFormat& format, RowBand band, AVFrame& frame) {
     const Planes<Sample> planes(frame);
     const CodeScale scale(Pairs::depth, format.depth);
-    for (size_t row = 0; row < planes.Height(); ++row)
+    for (size_t row = band.first; row < band.end; ++row)
         ReadRow<Pairs>(input + row * Pairs::Bytes(planes.Width()), row, scale, planes);
 }
 
 template <typename Sample>
-void WriteLayout(const AVFrame& frame, const PlaneFormat& format, const Packing& packing, uint8_t* output) {
+void WriteLayout(const AVFrame& frame, const PlaneFormat& format, RowBand band, const Packing& packing,
+                 uint8_t* output) {
     if (packing.depth == 8 && packing.alpha)
-        WritePicture<PairRow<uint8_t, true>, Sample>(frame, format, output);
+        WritePicture<PairRow<uint8_t, true>, Sample>(frame, format, band, output);
     else if (packing.depth == 8)
-        WritePicture<PairRow<uint8_t, false>, Sample>(frame, format, output);
+        WritePicture<PairRow<uint8_t, false>, Sample>(frame, format, band, output);
     else if (packing.alpha)
-        WritePicture<PairRow<uint16_t, true>, Sample>(frame, format, output);
+        WritePicture<PairRow<uint16_t, true>, Sample>(frame, format, band, output);
     else
-        WritePicture<PairRow<uint16_t, false>, Sample>(frame, format, output);
+        WritePicture<PairRow<uint16_t, false>, Sample>(frame, format, band, output);
 }
 
 template <typename Sample>
-void ReadDepth(const uint8_t* input, int depth, const PlaneFormat& format, AVFrame& frame) {
+void ReadDepth(const uint8_t* input, int depth, const PlaneFormat& format, RowBand band, AVFrame& frame) {
     if (depth == 8)
-        ReadPicture<PairRow<uint8_t, false>, Sample>(input, format, frame);
+        ReadPicture<PairRow<uint8_t, false>, Sample>(input, format, band, frame);
     else
-        ReadPicture<PairRow<uint16_t, false>, Sample>(input, format, frame);
+        ReadPicture<PairRow<uint16_t, false>, Sample>(input, format, band, frame);
 }
 
 } // namespace
 
-void WritePairs(const AVFrame& frame, const PlaneFormat& planes, const Packing& packing, uint8_t* output) {
+void WritePairs(const AVFrame& frame, const PlaneFormat& planes, RowBand band, const Packing& packing,
+                uint8_t* output) {
     if (planes.depth == 8)
-        WriteLayout<uint8_t>(frame, planes, packing, output);
+        WriteLayout<uint8_t>(frame, planes, band, packing, output);
     else
-        WriteLayout<uint16_t>(frame, planes, packing, output);
+        WriteLayout<uint16_t>(frame, planes, band, packing, output);
 }
 
-void ReadPairs(const uint8_t* input, int depth, const PlaneFormat& planes, AVFrame& frame) {
+void ReadPairs(const uint8_t* input, int depth, const PlaneFormat& planes, RowBand band, AVFrame& frame) {
     if (planes.depth == 8)
-        ReadDepth<uint8_t>(input, depth, planes, frame);
+        ReadDepth<uint8_t>(input, depth, planes, band, frame);
     else
-        ReadDepth<uint16_t>(input, depth, planes, frame);
+        ReadDepth<uint16_t>(input, depth, planes, band, frame);
 }
 
 } // namespace dnx

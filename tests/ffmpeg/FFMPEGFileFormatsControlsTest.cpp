@@ -308,6 +308,38 @@ TEST_F(SaveControls, AnEncoderThatTheContainerLacksIsNotConfirmedAndNobodyIsTold
     EXPECT_TRUE(told.all.empty());
 }
 
+TEST_F(SaveControls, AScriptsEncoderThatTheContainerLacksStaysUnconfirmedAndNobodyIsTold) {
+    Choose("Container", gif);
+    const Notifications told;
+    Choose("EncoderProfile", "HEVC");
+    EXPECT_EQ(Encoder(), "HEVC") << "what a script sets is the host's to keep";
+    EXPECT_EQ(Encoders(), Texts({"GIF"}));
+    EXPECT_EQ(NoChoice(), 1);
+    EXPECT_TRUE(told.all.empty());
+}
+
+TEST_F(SaveControls, TheToolOfTheLastCallIsTheOneThatCounts) {
+    Choose("Container", matroska);
+    Operator second(CorvexDoc::Get(), &format);
+    format.AddSaveInputs(&second);
+    EXPECT_EQ(second.Inputs().size(), 6U);
+    EXPECT_TRUE(second.SetInput("Container", IDParameter(CxID(gif, true)), CxTime_None));
+    EXPECT_TRUE(second.FindInput("EncoderProfile")->GetID(0.0) == "GIF");
+    Choose("Container", gif);
+    EXPECT_EQ(Encoder(), Sorted(GetEncoderLabels(matroska)).front()) << "the first tool is forgotten";
+}
+
+TEST_F(SaveControls, AToolThatIsGivenTwiceHasTheControlsTwiceAndTheNewOnesCount) {
+    format.AddSaveInputs(&tool);
+    const std::vector<Input*> inputs = tool.Inputs();
+    ASSERT_EQ(inputs.size(), 12U);
+    IDParameter id(CxID(gif, true));
+    format.NotifyChangedSave(&tool, inputs[6], &id, 0.0);
+    EXPECT_TRUE(inputs[7]->GetID(0.0) == "GIF");
+    EXPECT_TRUE(inputs[1]->GetID(0.0).IsEmpty());
+    EXPECT_EQ(inputs[6]->Nest(), nullptr);
+}
+
 TEST_F(SaveControls, OtherControlsAndOtherValuesChangeNothing) {
     Choose("Container", matroska);
     const Texts before = Encoders();

@@ -13,8 +13,7 @@ template <typename Function>
 class ReplacedFunction {
 public:
     ReplacedFunction(Function* FFmpegFunctions::*name, std::type_identity_t<Function>* replacement)
-        // The object behind the reference is not constant: binding has filled it.
-        : place_(const_cast<FFmpegFunctions&>(FFmpeg()).*name), original_(place_) {
+        : place_(Bound().*name), original_(place_) {
         place_ = replacement;
     }
     ~ReplacedFunction() { place_ = original_; }
@@ -22,6 +21,13 @@ public:
     ReplacedFunction& operator=(const ReplacedFunction&) = delete;
 
 private:
+    /// The table once it is filled: binding would write over what is put into it before.
+    static FFmpegFunctions& Bound() {
+        LoadFFmpeg();
+        // The object behind the reference is not constant: binding has filled it.
+        return const_cast<FFmpegFunctions&>(FFmpeg());
+    }
+
     Function*& place_;
     Function* original_;
 };

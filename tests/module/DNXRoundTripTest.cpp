@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -56,30 +57,61 @@ ImagePtr DecodedOf(uint32_t fourCC, int32_t width, int32_t height, const Bytes& 
     return image;
 }
 
-TEST(DNXRoundTrip, EveryCompressionOfDNxHRKeepsASmoothPicture) {
-    struct Row {
-        const char* name;
-        uint32_t id;
-        const char* depth; // the library that stands in codes 10 bits at most
+struct Row {
+    const char* name;
+    uint32_t id;
+    uint32_t fourCC;
+    int32_t width;
+    int32_t height;
+    const char* compression; ///< in metadata, as all below
+    const char* sampling;
+    const char* color;
+    const char* depth; ///< the library that stands in codes 10 bits at most
+};
+
+void PrintTo(const Row& row, std::ostream* out) { *out << row.id; }
+
+constexpr uint32_t hdCode = FourCC("AVdn");
+
+/// The rows that the library encodes, those of any size at a small one.
+constexpr Row rows[] = {
+    {"DNxHD SQ 720p 8bit", 1252, hdCode, 1280, 720, "DNxHD SQ 720p", "422", "YCbCr", "8bit"},
+    {"DNxHD HQ 720p 8bit", 1251, hdCode, 1280, 720, "DNxHD HQ 720p", "422", "YCbCr", "8bit"},
+    {"DNxHD HQX 720p 10bit", 1250, hdCode, 1280, 720, "DNxHD HQX 720p", "422", "YCbCr", "10bit"},
+    {"DNxHD LB 1080p 8bit", 1253, hdCode, 1920, 1080, "DNxHD LB 1080p", "422", "YCbCr", "8bit"},
+    {"DNxHD SQ 1080p 8bit", 1237, hdCode, 1920, 1080, "DNxHD SQ 1080p", "422", "YCbCr", "8bit"},
+    {"DNxHD HQ 1080p 8bit", 1238, hdCode, 1920, 1080, "DNxHD HQ 1080p", "422", "YCbCr", "8bit"},
+    {"DNxHD HQX 1080p 10bit", 1235, hdCode, 1920, 1080, "DNxHD HQX 1080p", "422", "YCbCr", "10bit"},
+    {"DNxHD SQ 1080i 8bit", 1242, hdCode, 1920, 1080, "DNxHD SQ 1080i", "422", "YCbCr", "8bit"},
+    {"DNxHD HQ 1080i 8bit", 1243, hdCode, 1920, 1080, "DNxHD HQ 1080i", "422", "YCbCr", "8bit"},
+    {"DNxHD HQX 1080i 10bit", 1241, hdCode, 1920, 1080, "DNxHD HQX 1080i", "422", "YCbCr", "10bit"},
+    {"DNxHR LB 8bit", 1274, hrCode, 256, 128, "DNxHR LB", "422", "YCbCr", "8bit"},
+    {"DNxHR SQ 8bit", 1273, hrCode, 256, 128, "DNxHR SQ", "422", "YCbCr", "8bit"},
+    {"DNxHR HQ 8bit", 1272, hrCode, 256, 128, "DNxHR HQ", "422", "YCbCr", "8bit"},
+    {"DNxHR HQX 12bit", 1271, hrCode, 256, 128, "DNxHR HQX", "422", "YCbCr", "10bit"},
+    {"DNxHR 444 12bit", 1270, hrCode, 256, 128, "DNxHR 444", "444", "RGB", "10bit"},
+};
+
+class DNXRows : public testing::TestWithParam<Row> {};
+
+TEST_P(DNXRows, KeepASmoothPictureAndTellWhatTheyAre) {
+    const Row& row = GetParam();
+    const ImagePtr image = SmoothImage(row.width, row.height);
+    const Bytes sample = EncodedAs(row.name, row.id, image.get());
+    const ImagePtr decoded = DecodedOf(row.fourCC, row.width, row.height, sample);
+    EXPECT_LT(Distance(*image, *decoded), 0.01);
+    const auto told = [&](const char* key) {
+        return std::string(decoded->ImageInfo.FindKeyConst("Metadata").FindKeyConst(key).ToString(""));
     };
-    const ImagePtr image = SmoothImage(256, 128);
-    for (const Row& row : {Row{"DNxHR LB 8bit", 1274, "8bit"}, Row{"DNxHR SQ 8bit", 1273, "8bit"},
-                           Row{"DNxHR HQ 8bit", 1272, "8bit"}, Row{"DNxHR HQX 12bit", 1271, "10bit"},
-                           Row{"DNxHR 444 12bit", 1270, "10bit"}}) {
-        const Bytes sample = EncodedAs(row.name, row.id, image.get());
-        const ImagePtr decoded = DecodedOf(hrCode, 256, 128, sample);
-        EXPECT_LT(Distance(*image, *decoded), 0.01) << row.name;
-        EXPECT_STREQ(decoded->ImageInfo.FindKeyConst("Metadata").FindKeyConst("Depth").ToString(""),
-                     row.depth);
-    }
+    EXPECT_EQ(told("Compression"), row.compression);
+    EXPECT_EQ(told("SubSampling"), row.sampling);
+    EXPECT_EQ(told("ColorFormat"), row.color);
+    EXPECT_EQ(told("Depth"), row.depth);
+    EXPECT_EQ(told("AlphaChannel"), "No");
 }
 
-TEST(DNXRoundTrip, A720pFrameOfDNxHDKeepsASmoothPicture) {
-    const ImagePtr image = SmoothImage(1280, 720);
-    const Bytes sample = EncodedAs("DNxHD SQ 720p 8bit", 1252, image.get());
-    const ImagePtr decoded = DecodedOf(FourCC("AVdn"), 1280, 720, sample);
-    EXPECT_LT(Distance(*image, *decoded), 0.01);
-}
+INSTANTIATE_TEST_SUITE_P(Encoded, DNXRows, testing::ValuesIn(rows),
+                         [](const auto& info) { return "Id" + std::to_string(info.param.id); });
 
 TEST(DNXRoundTrip, ASizeThatARowOfDNxHDDoesNotAllowIsRefusedAndTheNextImageIsNot) {
     const CodecPointer encoder = NewEncoder("DNxHR SQ 8bit");
@@ -123,6 +155,106 @@ TEST(DNXRoundTrip, AClipWhoseCompressionChangesInTheMiddleGoesOn) {
         EXPECT_STREQ(decoded->ImageInfo.FindKeyConst("Metadata").FindKeyConst("Compression").ToString(""),
                      frame == 1 ? "DNxHR HQ" : "DNxHR SQ");
     }
+}
+
+/// What is said when an encoder refuses an image.
+std::string WordsOfRefusal(uint32_t id, Image* image, uint32_t flags = 0) {
+    const CodecPointer encoder = NewEncoder("DNxHR SQ 8bit");
+    CxEncodedFrame frame;
+    frame.codecTag = id;
+    frame.flags = flags;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(encoder->EncodeFrame(image, frame), CxAV_FAILED);
+    EXPECT_EQ(frame.data, nullptr);
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(DNXRefusals, ASizeThatARowOfDNxHDDoesNotAllowIsToldWithTheLineOfMakingAnEncoder) {
+    const ImagePtr image = MakeImage(1280, 722);
+    for (const Row& row : rows) {
+        if (row.fourCC != hdCode) continue;
+        EXPECT_EQ(WordsOfRefusal(row.id, image.get()),
+                  "Error: The compression does not allow this picture size - DNXCodec:241\n");
+    }
+}
+
+TEST(DNXRefusals, DNxHRBelowTheLibrarysLeastWidthIsToldWithTheLineOfMakingAnEncoder) {
+    const ImagePtr image = MakeImage(240, 120);
+    EXPECT_EQ(WordsOfRefusal(1273, image.get()),
+              "Error: The compression does not allow this picture size - DNXCodec:241\n");
+}
+
+TEST(DNXRefusals, AnImageBelow240By120IsRefusedWithoutWords) {
+    for (const auto& [width, height] : {std::pair{239, 1000}, {1000, 119}}) {
+        const CodecPointer encoder = NewEncoder("DNxHR SQ 8bit");
+        Bytes sample;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(Encode(*encoder, 1273, MakeImage(width, height).get(), sample), CxAV_INVALID_STATE);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    }
+}
+
+TEST(DNXRefusals, AlphaIsToldWithTheLineOfMakingAnEncoder) {
+    constexpr uint32_t codesAlpha = 2;
+    const ImagePtr image = MakeImage(256, 128);
+    for (const uint32_t id : {1270U, 1271U, 1272U, 1273U, 1274U})
+        EXPECT_EQ(WordsOfRefusal(id, image.get(), codesAlpha),
+                  "Error: Alpha is not supported - DNXCodec:241\n");
+}
+
+TEST(DNXRefusals, ACompressionThatIsNotEncodedIsToldWithTheLineOfMakingAnEncoder) {
+    EXPECT_EQ(WordsOfRefusal(1256, MakeImage(1920, 1080).get()),
+              "Error: Frames of this compression cannot be encoded - DNXCodec:241\n");
+}
+
+/// A track of two frames whose packings differ, and what decoding them one after the other gives.
+class DNXPackingChange : public testing::Test {
+protected:
+    DNXPackingChange() : image_(SmoothImage(256, 128)) {}
+
+    void OpenClip(const Row& first, const Row& second) {
+        source_.samples = {EncodedAs(first.name, first.id, image_.get()),
+                           EncodedAs(second.name, second.id, image_.get())};
+        decoder_ = NewDecoder(source_);
+    }
+    CxAVError DecodeFrame(int32_t frame) {
+        decoded_ = MarkedImage(256, 128);
+        testing::internal::CaptureStderr();
+        const CxAVError result = Decode(*decoder_, frame, decoded_.get());
+        words_ = testing::internal::GetCapturedStderr();
+        return result;
+    }
+
+    static constexpr const Row& ofWords_ = rows[11];
+    static constexpr const Row& ofRgb_ = rows[14];
+    ImagePtr image_;
+    MemoryTrackSource source_{hrCode, 256, 128, {}};
+    CodecPointer decoder_;
+    ImagePtr decoded_;
+    std::string words_;
+};
+
+TEST_F(DNXPackingChange, ToRgbIsRefusedByADecoderOfYCbCrAndTheClipGoesOn) {
+    OpenClip(ofWords_, ofRgb_);
+    EXPECT_EQ(DecodeFrame(0), CxAV_OK);
+    EXPECT_EQ(DecodeFrame(1), CxAV_FAILED);
+    EXPECT_EQ(words_,
+              "Error: The frame cannot be given in the format of the uncompressed picture - DNXCodec:389\n");
+    EXPECT_TRUE(IsFilledWith(*decoded_, marker));
+    EXPECT_EQ(DecodeFrame(0), CxAV_OK);
+    EXPECT_LT(Distance(*image_, *decoded_), 0.01);
+}
+
+// The decoder of the first frame serves all others: it gives the packing that it was made for, which is then
+// taken for that of the frame. Kept.
+TEST_F(DNXPackingChange, ToYCbCrGivesAWrongPictureByADecoderOfRgbAndTheClipGoesOn) {
+    OpenClip(ofRgb_, ofWords_);
+    EXPECT_EQ(DecodeFrame(0), CxAV_OK);
+    EXPECT_EQ(DecodeFrame(1), CxAV_OK);
+    EXPECT_EQ(words_, "");
+    EXPECT_GT(Distance(*image_, *decoded_), 0.1);
+    EXPECT_EQ(DecodeFrame(0), CxAV_OK);
+    EXPECT_LT(Distance(*image_, *decoded_), 0.01);
 }
 
 } // namespace

@@ -41,4 +41,8 @@ TEST(NeededLibraries, FFmpegIsNotAmongThem) {
     EXPECT_FALSE(Has(names, "libsw"));
 }
 
+TEST(NeededLibraries, TheCameraMakersSdkIsNotAmongThem) {
+    EXPECT_FALSE(Has(NeededLibraries(), "libRavenlightRawAPI"));
+}
+
 } // namespace

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace {
 
 std::string CauseFor(const char* name) {
@@ -31,6 +33,27 @@ TEST(Encoders, OfDNxAreToldApartByTheirCompressionId) {
         row.fourCC = fourCC;
         EXPECT_EQ(CodecTag(row), 1242U);
     }
+}
+
+TEST(Encoders, OfDNx444AloneCodeRgbUnderACodeOfYCbCr) {
+    CxEncoderInfo row;
+    row.fourCC = FourCC("AVdh");
+    for (const auto& [id, isRgb] : {std::pair{1270U, true}, {1271U, false}, {1274U, false}}) {
+        row.codecId = id;
+        EXPECT_EQ(CodesRgb(row), isRgb) << id;
+    }
+    row.fourCC = FourCC("v210");
+    EXPECT_FALSE(CodesRgb(row));
+}
+
+TEST(Encoders, OfDNxHaveTheFieldOrderOfTheirRow) {
+    CxEncoderInfo row;
+    row.fourCC = FourCC("AVdn");
+    EXPECT_EQ(OwnFieldOrder(row), 1);
+    row.flags = 1;
+    EXPECT_EQ(OwnFieldOrder(row), 2);
+    row.fourCC = FourCC("apch");
+    EXPECT_EQ(OwnFieldOrder(row), 0);
 }
 
 TEST(Encoders, AreListedFirstByTheNameThatIsCloseToAnUnknownOne) {

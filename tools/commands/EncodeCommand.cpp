@@ -4,21 +4,16 @@
 #include "Encoders.h"
 #include "FourCCText.h"
 #include "FrameRateText.h"
+#include "frames/OutputProperties.h"
 #include "frames/Packings.h"
 #include "framework/CxAVCodecRegistry.h"
 #include "host/Platform.h"
 #include "media/MovieTrackWriter.h"
 #include "media/ProResTags.h"
 
-#include <limits>
-
 namespace {
 
-constexpr Rational kDefaultRate{24, 1};
 constexpr uint32_t kCodeAlpha = 2; ///< of `CxEncodedFrame::flags`
-constexpr int kProgressive = 1;
-constexpr int kTopFieldFirst = 2;
-constexpr int kBottomFieldFirst = 3;
 // Colour values in FFmpeg's numbering.
 constexpr int kNotTold = 2;
 constexpr int kRangeNotTold = 0;
@@ -36,34 +31,13 @@ struct EncodedFrame : CxEncodedFrame {
     EncodedFrame& operator=(const EncodedFrame&) = delete;
 };
 
-Rational ChooseRate(const EncodeOptions& options, const FrameTrack& track) {
-    if (options.frameRate) return *options.frameRate;
-    const Rational rate = track.movie ? track.movie->frameRate : kDefaultRate;
-    constexpr int64_t most = std::numeric_limits<int32_t>::max();
-    if (rate.num <= 0 || rate.den <= 0 || rate.num > most || rate.den > most)
-        throw ToolError(ExitStatus::Usage, track.name, "its frame rate is not known; give it with --fps");
-    return rate;
-}
-
-/// The order in which the fields are shown; a movie may have coded them the other way round.
-int ChooseFieldOrder(const EncodeOptions& options, const FrameTrack& track) {
-    if (options.fieldOrder) return *options.fieldOrder;
-    switch (track.movie ? track.movie->fieldOrder.value : kProgressive) {
-    case 2:
-    case 5: return kTopFieldFirst;
-    case 3:
-    case 4: return kBottomFieldFirst;
-    default: return kProgressive;
-    }
-}
-
 /// Value of the movie's file, or `unknown` for one that was only assumed.
 int ToldValue(const TrackValue& value, int unknown) {
     return value.source == ValueSource::Assumed ? unknown : value.value;
 }
 
-/// Tags of a YUV movie that is made of RGB pixels: the matrix that the encoder converts with, and primaries
-/// and transfer of BT.709 where nobody tells others.
+/// Tags of a movie in video range that is made of RGB pixels: the matrix that the encoder converts with, or
+/// that of RGB, and primaries and transfer of BT.709 where nobody tells others.
 void TagAsMadeOfRgb(MovieTrackSettings& settings, int matrix) {
     settings.colorMatrix = matrix;
     settings.colorRange = kVideoRange;
@@ -73,7 +47,7 @@ void TagAsMadeOfRgb(MovieTrackSettings& settings, int matrix) {
 
 /// Uncompressed YUV is converted with the BT.709 matrix in video range in both directions, so the tags of
 /// such a movie stay true for one that is made of it.
-void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
+void TagColors(const FrameTrack& track, const CxEncoderInfo& row, MovieTrackSettings& settings) {
     if (track.movie) {
         settings.colorPrimaries = ToldValue(track.movie->colorPrimaries, kNotTold);
         settings.colorTransfer = ToldValue(track.movie->colorTransfer, kNotTold);
@@ -84,6 +58,8 @@ void TagColors(const FrameTrack& track, MovieTrackSettings& settings) {
     if (PackingIsRgb(settings.fourCC)) {
         settings.colorMatrix = kNotTold;
         settings.colorRange = kRangeNotTold;
+    } else if (CodesRgb(row)) {
+        TagAsMadeOfRgb(settings, kMatrixRgb);
     } else if (IsProRes(settings.fourCC)) {
         TagAsMadeOfRgb(settings, ProResMatrix(settings.height));
     } else if (!track.isReadAsBt709 || !isYuv) {
@@ -98,14 +74,14 @@ MovieTrackSettings DescribeMovie(const EncodeOptions& options, const FrameTrack&
     settings.fourCC = row.fourCC;
     settings.width = track.width;
     settings.height = track.height;
-    settings.frameRate = ChooseRate(options, track);
-    settings.fieldOrder = ChooseFieldOrder(options, track);
+    settings.frameRate = OutputRate(options.frameRate, track);
+    settings.fieldOrder = options.fieldOrder.value_or(static_cast<int>(OutputFieldOrder(track)));
     settings.alpha = PackingHasAlpha(row.fourCC) || (options.alpha && OffersAlpha(row));
     if (track.movie) {
         settings.timeCode = track.movie->timeCode;
         settings.pixelAspect = track.movie->sampleAspect;
     }
-    TagColors(track, settings);
+    TagColors(track, row, settings);
     return settings;
 }
 
@@ -178,15 +154,15 @@ void Describe(const FrameTrack& track, const MovieTrackSettings& movie, const Cx
                   " a second, " + row.name + " (" + fourCC + ")\n";
 }
 
-void WarnAbout(const EncodeOptions& options, const FrameTrack& track, const MovieTrackSettings& movie,
-               Report& report) {
-    if (options.alpha && !movie.alpha)
-        report.warnings.push_back(options.output + ": '" + options.codec + "' carries no alpha");
-    if (!track.movie) return;
-    if (!track.movie->damage.empty()) report.warnings.push_back(track.name + ": " + track.movie->damage);
-    if (!track.movie->constantFrameRate)
-        report.warnings.push_back(track.name +
-                                  ": its frames are not evenly spaced; written at a steady rate");
+void WarnAbout(const EncodeOptions& options, const FrameTrack& track, const CxEncoderInfo& row,
+               const MovieTrackSettings& movie, Report& report) {
+    const std::string encoder = options.output + ": '" + options.codec + "'";
+    if (options.alpha && !movie.alpha) report.warnings.push_back(encoder + " carries no alpha");
+    if (const int order = OwnFieldOrder(row); order != 0 && order != movie.fieldOrder)
+        report.warnings.push_back(encoder + " codes its frames " +
+                                  (order == 1 ? "as progressive" : "with the top field first"));
+    for (const std::string& warning : InputWarnings(track))
+        report.warnings.push_back(warning);
 }
 
 } // namespace
@@ -198,7 +174,7 @@ void RunEncode(const EncodeOptions& options, Report& report) {
     CheckSize(track, row);
     MovieTrackSettings movie = DescribeMovie(options, track, row);
     const std::unique_ptr<CxAbstractAVCodec> encoder = OpenEncoder(row, movie);
-    WarnAbout(options, track, movie, report);
+    WarnAbout(options, track, row, movie, report);
 
     MovieTrackWriter writer(movie);
     Progress progress("encode", track.frameCount, options.progress);

@@ -3,6 +3,7 @@
 #include "Text.h"
 #include "commands/MovieDescription.h"
 #include "commands/ParameterSetDescription.h"
+#include "frames/ClipInput.h"
 #include "images/ImageFileReader.h"
 #include "images/ImageFormats.h"
 #include "images/ImageOperations.h"
@@ -60,6 +61,12 @@ std::string TextOfImages(const Json& object) {
     return text;
 }
 
+void Describe(const MovieTrackInfo& movie, Report& report) {
+    report.result = DescribeMovie(movie);
+    report.text = TextOfMovie(report.result);
+    if (!movie.damage.empty()) report.warnings.push_back(movie.path + ": " + movie.damage);
+}
+
 } // namespace
 
 void RunInfo(const std::string& input, Report& report) {
@@ -68,12 +75,14 @@ void RunInfo(const std::string& input, Report& report) {
         report.text = TextOfImages(report.result);
         return;
     }
+    if (ClipInput::IsClip(input)) {
+        Describe(*ClipInput(input, DecodeRoad::Format).Track().movie, report);
+        return;
+    }
     const std::unique_ptr<MovieTrackSource> source = MovieTrackSource::Open(input);
-    report.result = DescribeMovie(source->Info());
-    report.text = TextOfMovie(report.result);
+    Describe(source->Info(), report);
     if (const std::optional<StreamAnalysis> analysis = AnalyseStream(*source)) {
         report.result["parameterSets"] = DescribeParameterSets(*analysis, source->Info());
         report.text += TextOfParameterSets(report.result["parameterSets"]);
     }
-    if (!source->Info().damage.empty()) report.warnings.push_back(input + ": " + source->Info().damage);
 }

@@ -4,6 +4,6 @@
 
 #include <string>
 
-/// Says what is known of a movie file, an image file or an image sequence.
+/// Says what is known of a movie file, a clip, an image file or an image sequence.
 /// @throw ToolError
 void RunInfo(const std::string& input, Report& report);

@@ -1,5 +1,6 @@
 #include "commands/ListCommand.h"
 
+#include "Containers.h"
 #include "DNXDiagnosis.h"
 #include "Encoders.h"
 #include "FFmpegDiagnosis.h"
@@ -126,10 +127,22 @@ std::string TextOfFormats(const Json& list) {
     return text;
 }
 
-/// FFmpeg's containers are those that its back-end writes; without the back-end there are none.
-Json ListContainers() { return Json::array(); }
+Json ListContainers() {
+    Json list = Json::array();
+    for (const Container& container : SaveContainers())
+        list.push_back({{"name", container.name},
+                        {"extensions", container.extensions},
+                        {"encoders", container.encoders}});
+    return list;
+}
 
-std::string TextOfContainers(const Json& /*list*/) { return {}; }
+std::string TextOfContainers(const Json& list) {
+    std::string text;
+    for (const Json& row : list)
+        text += "  " + row["name"].get<std::string>() + "\t" + Join(row["extensions"], " ") + "\t" +
+                Join(row["encoders"], ", ") + "\n";
+    return text;
+}
 
 /// One section of the list: how it is gathered and how it reads.
 struct Section {
@@ -142,7 +155,7 @@ struct Section {
 constexpr Section kSections[] = {
     {"decoders", "Decoders, by track code", ListDecoders, TextOfDecoders},
     {"encoders", "Encoders, by display name", ListEncoders, TextOfEncoders},
-    {"containers", "Containers of FFmpeg", ListContainers, TextOfContainers},
+    {"containers", "Containers of FFmpeg, with their encoders", ListContainers, TextOfContainers},
     {"formats", "Formats of the host", ListFormats, TextOfFormats},
 };
 

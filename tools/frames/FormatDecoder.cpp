@@ -1,22 +1,16 @@
 #include "frames/FormatDecoder.h"
 
 #include "QuietStream.h"
-#include "Text.h"
 #include "frames/FrameFailure.h"
 #include "frames/HostFormats.h"
-#include "host/ImageFormat.h"
 #include "images/HostImage.h"
 #include "media/Demuxer.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
-#include <vector>
 
 namespace {
-
-constexpr Tag kFrameRate = 0x200000c8; ///< attribute of movie formats: frames a second
 
 /// Where a format's frames begin.
 struct FormatStart {
@@ -44,7 +38,7 @@ class FormatDecoder : public FrameDecoder {
 public:
     FormatDecoder(const std::string& name, std::unique_ptr<ImageFormat> format, MovieTrackSource& source)
         : FrameDecoder(name, Matrix::OfTrack), format_(std::move(format)),
-          rate_(format_->GetAttr(kFrameRate, 0.0)), source_(source), start_(StartOf(source)) {}
+          rate_(format_->GetAttr(kFormatFrameRate, 0.0)), source_(source), start_(StartOf(source)) {}
 
     void Decode(int32_t frame, Image* image) override {
         const std::string& path = source_.Info().path;
@@ -86,41 +80,10 @@ private:
     FormatStart start_;
 };
 
-std::unique_ptr<ImageFormat> NewFormat(Registry& registry) {
-    std::unique_ptr<Object> object = registry.Create(ScriptVal(), TagList());
-    std::unique_ptr<ImageFormat> format(dynamic_cast<ImageFormat*>(object.get()));
-    if (format) static_cast<void>(object.release());
-    return format;
-}
-
-/// Formats say on standard error why they refuse a file that another may open.
-std::unique_ptr<ImageFormat> OpenFormat(Registry& registry, const std::string& path) {
-    const QuietStream quiet(stderr);
-    std::unique_ptr<ImageFormat> format = NewFormat(registry);
-    TagList tags;
-    // A path from the root is never taken for a protocol, whatever the file's name.
-    const std::string fullPath = std::filesystem::absolute(path).string();
-    const CxID pictures(CLSID_DataType_Image, true);
-    if (format && !format->LoadHeaderTagList(pictures, fullPath.c_str(), tags)) format.reset();
-    return format;
-}
-
 } // namespace
 
 std::unique_ptr<FrameDecoder> OpenFormatDecoder(MovieTrackSource& source) {
-    for (Registry* registry : LoadersOf(source.Info().path)) {
-        if (auto format = OpenFormat(*registry, source.Info().path))
-            return std::make_unique<FormatDecoder>(FormatName(*registry), std::move(format), source);
-    }
-    return nullptr;
-}
-
-std::string WhyNoFormatOpens(const MovieTrackSource& source) {
-    const std::string extension = std::filesystem::path(source.Info().path).extension().string();
-    std::vector<std::string> names;
-    for (Registry* registry : LoadersOf(source.Info().path))
-        names.push_back(FormatName(*registry) +
-                        (registry->Start() ? " doesn't open it" : " is not available"));
-    if (names.empty()) return "no host format of this build loads '" + extension + "'";
-    return "no host format: " + Join(names, ", ");
+    OpenedFormat opened = OpenHostFormat(source.Info().path);
+    if (!opened.format) return nullptr;
+    return std::make_unique<FormatDecoder>(FormatName(*opened.registry), std::move(opened.format), source);
 }

@@ -9,6 +9,3 @@
 /// @param source  of the same file; outlives the decoder
 /// @return null if no format opens it
 std::unique_ptr<FrameDecoder> OpenFormatDecoder(MovieTrackSource& source);
-
-/// Why `OpenFormatDecoder` gave null for the file.
-std::string WhyNoFormatOpens(const MovieTrackSource& source);

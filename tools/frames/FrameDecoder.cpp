@@ -4,6 +4,7 @@
 #include "QuietStream.h"
 #include "frames/FormatDecoder.h"
 #include "frames/FrameFailure.h"
+#include "frames/HostFormats.h"
 #include "framework/CxAVCodecRegistry.h"
 #include "pixel/PixelConvert.h"
 
@@ -81,7 +82,7 @@ std::string CodecText(const MovieTrackSource& source) {
 }
 
 std::string WhyNothingDecodes(const MovieTrackSource& source, DecodeRoad road) {
-    if (road == DecodeRoad::Format) return WhyNoFormatOpens(source);
+    if (road == DecodeRoad::Format) return WhyNoFormatOpens(source.Info().path);
     return "no decoder for track code " + CodecText(source);
 }
 

@@ -21,10 +21,10 @@ struct FrameTrack {
     ImageDataKind kind = ImageData_RGBAFloat; ///< that loses nothing of the input
     std::string backEnd;                      ///< what reads the pictures
     bool isReadAsBt709 = false; ///< a movie's Y'CbCr has become RGB by BT.709, whatever its own matrix is
-    std::optional<MovieTrackInfo> movie; ///< of a movie alone
+    std::optional<MovieTrackInfo> movie; ///< of a movie or clip
 };
 
-/// Pictures in presentation order, of a movie or an image sequence. One thread at a time.
+/// Pictures in presentation order, of a movie, a clip or an image sequence. One thread at a time.
 class FrameInput {
 public:
     virtual ~FrameInput() = default;
@@ -46,6 +46,7 @@ struct FrameInputOptions {
     MissingFrames missingFrames = MissingFrames::Refuse; ///< for image sequences
 };
 
-/// Opens what the name stands for: an image sequence if it has the extension of an image file, else a movie.
+/// Opens what the name stands for: an image sequence if it has the extension of an image file, a clip if it
+/// has one that a host format alone reads, else a movie.
 /// @throw ToolError
 std::unique_ptr<FrameInput> OpenFrameInput(const std::string& name, const FrameInputOptions& options);

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <new>
 #include <numeric>
+#include <utility>
 
 AvPacket NewPacket() {
     AvPacket packet(av_packet_alloc());
@@ -15,6 +16,14 @@ AvFrame NewFrame() {
     AvFrame frame(av_frame_alloc());
     if (!frame) throw std::bad_alloc();
     return frame;
+}
+
+AvCodecContext OpenDecoder(const AVCodecParameters& parameters, int errorRecognition) {
+    const AVCodec* const codec = avcodec_find_decoder(parameters.codec_id);
+    AvCodecContext decoder(codec != nullptr ? avcodec_alloc_context3(codec) : nullptr);
+    if (!decoder || avcodec_parameters_to_context(decoder.get(), &parameters) < 0) return nullptr;
+    decoder->err_recognition |= errorRecognition;
+    return avcodec_open2(decoder.get(), codec, nullptr) >= 0 ? std::move(decoder) : nullptr;
 }
 
 std::string AvErrorText(int error) {

@@ -50,6 +50,10 @@ AvPacket NewPacket();
 /// @throw std::bad_alloc
 AvFrame NewFrame();
 
+/// An open decoder for a stream; null if there is none.
+/// @param errorRecognition  of `AVCodecContext::err_recognition`
+AvCodecContext OpenDecoder(const AVCodecParameters& parameters, int errorRecognition = 0);
+
 /// FFmpeg's words for one of its negative results.
 std::string AvErrorText(int error);
 

@@ -4,15 +4,6 @@
 
 namespace {
 
-/// An open decoder for the track; null if there is none.
-AvCodecContext OpenDecoder(const AVCodecParameters& parameters) {
-    const AVCodec* const codec = avcodec_find_decoder(parameters.codec_id);
-    AvCodecContext decoder(codec != nullptr ? avcodec_alloc_context3(codec) : nullptr);
-    const bool isOpen = decoder && avcodec_parameters_to_context(decoder.get(), &parameters) >= 0 &&
-                        avcodec_open2(decoder.get(), codec, nullptr) >= 0;
-    return isOpen ? std::move(decoder) : nullptr;
-}
-
 /// Presentation time of the first picture that comes out of the decoder, in the track's ticks; `noTime` if
 /// none does, or if it has none.
 int64_t FirstShownTime(Demuxer& demuxer, AVCodecContext& decoder) {

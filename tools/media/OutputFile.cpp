@@ -2,6 +2,7 @@
 
 #include "media/ToolError.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -65,6 +66,14 @@ int64_t OutputFile::Size() {
 
 void OutputFile::Check() const {
     if (error != 0) throw ToolError(ExitStatus::CannotWrite, path, std::strerror(error));
+}
+
+void OutputFile::CheckRoom() {
+    // A full disk has no block left, but may have room in a file's last one.
+    constexpr std::array<uint8_t, 4096> block{};
+    const int64_t end = Seek(0, SEEK_END);
+    Write(block.data(), block.size());
+    Require(ftruncate(file, end) == 0);
 }
 
 void OutputFile::Require(bool done) {

@@ -17,6 +17,8 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
 
     const std::string& Path() const { return path; }
+    /// PATH.part, for who writes the file by its name.
+    const std::string& PartPath() const { return partPath; }
     /// `errno` of the first call that failed; 0 if none has.
     int Error() const { return error; }
     /// Writes at the present place; false on an error.
@@ -27,6 +29,10 @@ public:
     int64_t Size();
     /// @throw ToolError  `CannotWrite` if a call has failed
     void Check() const;
+    /// Writes some more behind the file's end and takes it away again. A disk that was full for who wrote the
+    /// file by its name is so still.
+    /// @throw ToolError  `CannotWrite` if that fails
+    void CheckRoom();
     /// Brings the file to the disk and gives it its name, in place of one that is there.
     /// @throw ToolError  `CannotWrite`
     void Commit();

@@ -138,6 +138,36 @@ TEST_F(DNXFailures, ABufferSizeOf0GoesToTheLibraryAsItIs) {
     EXPECT_EQ(Script().outputSize, 0U);
 }
 
+TEST_F(DNXFailures, AnErrorWithoutATextIsToldByItsLineAlone) {
+    Script().failing = "DecodeFrame GetErrorString";
+    ExpectThatDecodingFails("Error:  - DNXCodec:389\n");
+}
+
+TEST_F(DNXFailures, ADecoderThatIsNotDeletedIsLeftToTheLibraryWithoutWords) {
+    Script().failing = "DeleteDecoder";
+    const std::string words = WordsOf([&] {
+        DNXCodec codec(CxAV_DECODE, nullptr);
+        codec.SetDataSource(&track_);
+        EXPECT_EQ(Decode(codec, 0, image_.get()), CxAV_OK);
+    });
+    EXPECT_EQ(words, "");
+    EXPECT_EQ(CallsOf("DeleteDecoder"), 1);
+    EXPECT_EQ(Script().decoders--, 1);
+    ExpectThatDecodingWorks();
+}
+
+TEST_F(DNXFailures, AnEncoderThatIsNotDeletedIsLeftToTheLibraryWithoutWords) {
+    Script().failing = "DeleteEncoder";
+    const std::string words = WordsOf([] {
+        DNXCodec codec(CxAV_ENCODE, nullptr);
+        EXPECT_EQ(EncodeOnce(codec, LeastImage().get(), FrameToEncode(1272)), CxAV_OK);
+    });
+    EXPECT_EQ(words, "");
+    EXPECT_EQ(CallsOf("DeleteEncoder"), 1);
+    EXPECT_EQ(Script().encoders--, 1);
+    ExpectThatEncodingWorks();
+}
+
 TEST_F(DNXFailures, TheLongestTextThatTheLibraryMayWriteIsSaidWhole) {
     Script().failing = "DecodeFrame";
     Script().errorText = std::string(575, 'x');

@@ -72,6 +72,14 @@ TEST_F(DNXLibrary, IsEndedOnceWhenTheProcessEnds) {
     EXPECT_EQ(run.err, present + "finalized\n");
 }
 
+TEST_F(DNXLibrary, ThatDoesNotEndKeepsTheProcessFromNothing) {
+    PlaceScripted();
+    const ProgramRun run = Run("CORVEX_DNX_TELLS=1 CORVEX_DNX_FAILING=Finalize");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, version);
+    EXPECT_EQ(run.err, present);
+}
+
 TEST_F(DNXLibrary, ThatDoesNotStartIsWarnedOfAndLeftOut) {
     PlaceScripted();
     const ProgramRun run = Run("CORVEX_DNX_TELLS=1 CORVEX_DNX_FAILING=Initialize");

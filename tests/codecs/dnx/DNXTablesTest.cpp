@@ -97,6 +97,14 @@ TEST_F(DNXCatalogue, SaysTheVersionOfTheLibraryOnceItHasStarted) {
     EXPECT_EQ(Script().calls, (std::vector<std::string>{"Initialize", "GetVersion"}));
 }
 
+TEST_F(DNXCatalogue, SaysZerosForAVersionThatTheLibraryKeepsToItself) {
+    using namespace std::string_literals;
+    Script().failing = "GetVersion";
+    const Claims claims = ClaimsOf();
+    EXPECT_TRUE(claims.accepted);
+    EXPECT_EQ(claims.printed, "DNX SDK API version 0.0.0-0-\0\n"s);
+}
+
 TEST_F(DNXCatalogue, WarnsAndRefusesIfTheLibraryDoesNotStart) {
     Script().failing = "Initialize";
     const Claims claims = ClaimsOf();
@@ -124,6 +132,12 @@ TEST_F(DNXCatalogue, IsRegisteredWhenTheProgramIsLoaded) {
 
 TEST_F(DNXCatalogue, ShutdownEndsTheLibrary) {
     DNXCodec::Shutdown();
+    EXPECT_EQ(Script().calls, std::vector<std::string>{"Finalize"});
+}
+
+TEST_F(DNXCatalogue, ShutdownOfALibraryThatDoesNotEndIsNotToldAndNotTriedAgain) {
+    Script().failing = "Finalize";
+    EXPECT_EQ(WordsOf([] { DNXCodec::Shutdown(); }), "");
     EXPECT_EQ(Script().calls, std::vector<std::string>{"Finalize"});
 }
 

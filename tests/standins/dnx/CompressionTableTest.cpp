@@ -195,4 +195,22 @@ TEST(CompressionTable, Decodes444DNxHD) {
     EXPECT_EQ(DecodePicture(frame, a48r).error, noError);
 }
 
+TEST(CompressionTable, TakesTheWidthOfAThinCompressionWhateverItsHeadersTell) {
+    constexpr uint32_t thinWidth = 1440;
+    constexpr uint32_t height = 1080;
+    Bytes frame =
+        EncodePicture(1244, thinWidth, height, vuy2, Bytes(size_t{2} * thinWidth * height, 0x80)).value;
+    const Outcome<Bytes> before = DecodePicture(frame, vuy2);
+    // Both fields have a header.
+    for (const size_t header : {size_t{0}, frame.size() / 2}) {
+        ASSERT_EQ(frame.at(header + 0x1A), thinWidth >> 8);
+        frame.at(header + 0x1A) = 1920 >> 8;
+        frame.at(header + 0x1B) = 1920 & 0xFF;
+    }
+    const Outcome<Bytes> picture = DecodePicture(frame, vuy2);
+    EXPECT_EQ(picture.error, noError);
+    EXPECT_EQ(picture.value.size(), size_t{2} * thinWidth * height);
+    EXPECT_EQ(picture.value, before.value);
+}
+
 } // namespace

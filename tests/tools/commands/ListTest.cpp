@@ -42,7 +42,8 @@ TEST(List, NamesEveryCodeThatFFmpegDecodes) {
     for (const CxFFMPEG::DecoderCode& code : CxFFMPEG::DecoderCodes()) {
         const Json row = Find(decoders, "fourCC", FourCCText(code.fourCC));
         ASSERT_TRUE(row.is_object()) << FourCCText(code.fourCC);
-        EXPECT_EQ(row["backEnds"], Json::array({"FFmpeg"})) << FourCCText(code.fourCC);
+        // Others that decode a code come behind it.
+        EXPECT_EQ(row["backEnds"].front(), "FFmpeg") << FourCCText(code.fourCC);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "frames/FormatDecoder.h"
 
 #include "ScriptedFormat.h"
+#include "frames/HostFormats.h"
 #include "images/HostImage.h"
 #include "media/ToolError.h"
 #include "tools/Workspace.h"
@@ -164,9 +165,9 @@ TEST_F(FormatDecoderOfMovie, SaysOfEachFormatWhyItDoesNotOpenTheFile) {
     unable.starts = false;
     const ScriptedFormat first("First", 2, refusing);
     const ScriptedFormat second("Second", 1, unable);
-    EXPECT_TRUE(WhyNoFormatOpens(*source_).starts_with(
-        "no host format: First doesn't open it, Second is not available"))
-        << WhyNoFormatOpens(*source_);
+    EXPECT_TRUE(WhyNoFormatOpens(source_->Info().path)
+                    .starts_with("no host format: First doesn't open it, Second is not available"))
+        << WhyNoFormatOpens(source_->Info().path);
 }
 
 TEST_F(FormatDecoderOfMovie, HasNoFormatForAnExtensionThatNoneClaims) {
@@ -174,5 +175,5 @@ TEST_F(FormatDecoderOfMovie, HasNoFormatForAnExtensionThatNoneClaims) {
     std::filesystem::rename(workspace_.Path("a.mov"), workspace_.Path("a.other"));
     source_ = MovieTrackSource::Open(workspace_.Path("a.other"));
     EXPECT_EQ(OpenFormatDecoder(*source_), nullptr);
-    EXPECT_EQ(WhyNoFormatOpens(*source_), "no host format of this build loads '.other'");
+    EXPECT_EQ(WhyNoFormatOpens(source_->Info().path), "no host format of this build loads '.other'");
 }

@@ -18,17 +18,26 @@ public:
     size_t ObjectSize() const override { return sizeof(Format); }
     bool CopyAttr(Tag key, void* out) override {
         constexpr Tag frameRate = 0x200000c8;
-        if (key != frameRate) return ImageFormat::CopyAttr(key, out);
-        *static_cast<double*>(out) = script_.frameRate;
+        constexpr Tag frameCount = 0x100000cb;
+        if (key == frameRate)
+            *static_cast<double*>(out) = script_.frameRate;
+        else if (key == frameCount)
+            *static_cast<int32_t*>(out) = script_.frameCount;
+        else
+            return ImageFormat::CopyAttr(key, out);
         return true;
     }
     bool LoadHeaderTagList(const char* path, TagList& /*tags*/) override {
         script_.paths.emplace_back(path);
+        width = 32;
+        height = 16;
         return script_.opens;
     }
     bool LoadFrameTagList(uint32_t frame, Image*& image, TagList& /*tags*/) override {
         script_.frames.push_back(frame);
         script_.image = image;
+        for (const auto& [name, value] : script_.metadata)
+            image->ImageInfo.FindKey("Metadata").FindKey(name.c_str()) = value.c_str();
         return frame <= script_.lastFrame;
     }
 
@@ -44,14 +53,14 @@ Object* Create(const Registry* registry, const ScriptVal& value, const TagList& 
 
 } // namespace
 
-ScriptedFormat::ScriptedFormat(const char* name, int priority, FormatScript& script) {
+ScriptedFormat::ScriptedFormat(const char* name, int priority, FormatScript& script, const char* extension) {
     scripts[name] = &script;
     const TagItem items[] = {{RegTag_Init, TagItem::FromPtr(Init)},
                              {RegTag_ParentClass, TagItem::FromPtr(&ImageFormat::ClassID)},
                              {RegTag_ClassName, TagItem::FromPtr(name)},
                              {RegTag_Create, TagItem::FromPtr(Create)},
                              {RegTag_CanLoad, TagItem::FromInt(script.loads ? 1 : 0)},
-                             {RegTag_Extension, TagItem::FromPtr(".mov")},
+                             {RegTag_Extension, TagItem::FromPtr(extension)},
                              {RegTag_Priority, TagItem::FromInt(priority)},
                              {0, 0}};
     registry_._Init(ClassRegistry, CxID(name, true), TagList(items, false));

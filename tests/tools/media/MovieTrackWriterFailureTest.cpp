@@ -1,14 +1,13 @@
 // Movies that can't be written.
 
+#include "FileSizeLimit.h"
 #include "SmallMovies.h"
 #include "framework/CxAVTypes.h"
 #include "media/ToolError.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <functional>
-#include <sys/resource.h>
 
 namespace {
 
@@ -92,26 +91,6 @@ TEST(MovieTrackWriterFailure, AMissingFolderCannotBeWritten) {
         EXPECT_EQ(error.what(), path + ": No such file or directory");
     }
 }
-
-/// Files of this process end at a size while this object lives, as on a full disk.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : oldHandler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &old);
-        const rlimit limit{bytes, old.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &old);
-        std::signal(SIGXFSZ, oldHandler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit old{};
-    void (*oldHandler)(int);
-};
 
 TEST(MovieTrackWriterFailure, AFullDiskLeavesNoFile) {
     const TempFolder folder;

@@ -2,6 +2,7 @@
 
 #include "media/OutputFile.h"
 
+#include "FileSizeLimit.h"
 #include "MediaFiles.h"
 #include "media/ToolError.h"
 
@@ -65,6 +66,24 @@ TEST(OutputFile, AnErrorIsKeptUntilCommit) {
     EXPECT_EQ(file.Error(), EINVAL);
     EXPECT_THROW(file.Commit(), ToolError);
     EXPECT_FALSE(std::filesystem::exists(folder / "a.bin"));
+}
+
+TEST(OutputFile, AFileOnADiskWithRoomIsTheSameAfterTheCheck) {
+    const TempFolder folder;
+    OutputFile file(folder / "a.bin");
+    WriteBytes(file.PartPath(), content);
+    file.CheckRoom();
+    file.Commit();
+    EXPECT_EQ(ReadBytes(folder / "a.bin"), content);
+}
+
+TEST(OutputFile, AFullDiskIsFoundByTheCheckForRoom) {
+    const TempFolder folder;
+    OutputFile file(folder / "a.bin");
+    WriteBytes(file.PartPath(), std::vector<uint8_t>(5000));
+    const FileSizeLimit full(5000);
+    EXPECT_THROW(file.CheckRoom(), ToolError);
+    EXPECT_EQ(file.Error(), EFBIG);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// In a process of its own the library is told by its environment: CORVEX_DNX_FAILING is the function that
-// fails, and with CORVEX_DNX_TELLS set the end is told on standard error.
+// In a process of its own the library is told by its environment: CORVEX_DNX_FAILING names the functions that
+// fail, and with CORVEX_DNX_TELLS set the end is told on standard error.
 
 #include "codecs/dnx/scripted/ScriptedDNX.h"
 
@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
+#include <sstream>
 
 namespace {
 
@@ -18,10 +20,13 @@ DNXScript* NewScript() {
     return script;
 }
 
-/// Enters a call; its result.
-int32_t Call(const char* function) {
-    Script().calls.emplace_back(function);
-    return Script().failing == function ? Script().error : 0;
+/// Enters a call; its result. A function without a result that fails has no effect.
+int32_t Call(const std::string& function) {
+    Script().calls.push_back(function);
+    std::istringstream words(Script().failing);
+    const bool fails = std::find(std::istream_iterator<std::string>(words), {}, function) !=
+                       std::istream_iterator<std::string>();
+    return fails ? Script().error : 0;
 }
 
 std::vector<uint8_t> BytesAt(const void* data, uint32_t size) {
@@ -45,12 +50,12 @@ DNXScript& Script() {
 int32_t DNX_Initialize() { return Call("Initialize"); }
 
 void DNX_Finalize() {
-    Call("Finalize");
+    if (Call("Finalize") != 0) return;
     if (std::getenv("CORVEX_DNX_TELLS") != nullptr) std::fputs("finalized\n", stderr);
 }
 
 void DNX_GetVersion(int32_t* major, int32_t* minor, int32_t* patch, int32_t* build, char* letter) {
-    Call("GetVersion");
+    if (Call("GetVersion") != 0) return;
     *major = 2;
     *minor = 10;
     *patch = 3;
@@ -59,7 +64,7 @@ void DNX_GetVersion(int32_t* major, int32_t* minor, int32_t* patch, int32_t* bui
 }
 
 void DNX_GetErrorString(int32_t error, char* text) {
-    Call("GetErrorString");
+    if (Call("GetErrorString") != 0) return;
     const std::string& told = Script().errorText;
     const std::string words = told.empty() ? "error " + std::to_string(error) : told;
     std::memcpy(text, words.c_str(), std::min(words.size() + 1, dnxErrorTextSize));
@@ -100,8 +105,7 @@ int32_t DNX_DecodeFrame(void* decoder, const void* data, void* output, uint32_t 
 
 void DNX_DeleteDecoder(void* decoder) {
     if (decoder != &Script().decoders) std::abort();
-    Call("DeleteDecoder");
-    --Script().decoders;
+    if (Call("DeleteDecoder") == 0) --Script().decoders;
 }
 
 int32_t DNX_CreateEncoder(const DNXCompressedParameters* compressed,
@@ -135,6 +139,5 @@ int32_t DNX_EncodeFrame(void* encoder, const void* input, void* output, uint32_t
 
 void DNX_DeleteEncoder(void* encoder) {
     if (encoder != &Script().encoders) std::abort();
-    Call("DeleteEncoder");
-    --Script().encoders;
+    if (Call("DeleteEncoder") == 0) --Script().encoders;
 }

@@ -9,7 +9,8 @@
 /// What the scripted library answers and what it was asked. It takes the place of the closed library, does
 /// what it is told, and reads and writes every byte that it is given.
 struct DNXScript {
-    std::string failing;                  ///< function that fails, without its prefix
+    std::string failing;                  ///< functions that fail, without their prefix, and a space
+                                          ///< between two
     int32_t error = 42;                   ///< with which it fails
     std::string errorText;                ///< of any error; empty for "error 42"
     DNXFrameInformation information = {}; ///< of every frame
