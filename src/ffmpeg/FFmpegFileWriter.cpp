@@ -1,6 +1,7 @@
 #include "ffmpeg/FFmpegFileWriter.h"
 
 #include "ffmpeg/FFmpegVersions.h"
+#include "ffmpeg/InBandParameters.h"
 #include "ffmpeg/TimeCode.h"
 
 #include <algorithm>
@@ -147,6 +148,22 @@ bool FFmpegFileWriter::Write(AVPacket& packet) {
     return write(output.get(), &packet) >= 0;
 }
 
+/// The same of a packet of pictures, with what the muxer would lose of the stream's parameters.
+bool FFmpegFileWriter::WritePicture(AVPacket& packet) {
+    std::vector<uint8_t> bytes = WithParameters(packet, *videoContext, *output->oformat);
+    if (bytes.empty()) return Write(packet);
+    const PacketPointer whole(FFmpeg().av_packet_alloc());
+    if (whole == nullptr) return false;
+    whole->pts = packet.pts;
+    whole->dts = packet.dts;
+    whole->duration = packet.duration;
+    whole->flags = packet.flags;
+    whole->stream_index = packet.stream_index;
+    whole->data = bytes.data();
+    whole->size = static_cast<int>(bytes.size()) - AV_INPUT_BUFFER_PADDING_SIZE;
+    return Write(*whole);
+}
+
 bool FFmpegFileWriter::WriteVideoPacket(AVPacket* packet) {
     if (!IsOpen() || videoTracks.empty() || !WriteHeader()) return false;
     const AVStream& stream = *videoTracks.front().stream;
@@ -154,7 +171,7 @@ bool FFmpegFileWriter::WriteVideoPacket(AVPacket* packet) {
     // A tick is a frame. Muxers would take the length of one from the rate that is not inverted.
     if (packet->duration == 0) packet->duration = 1;
     FFmpeg().av_packet_rescale_ts(packet, videoContext->time_base, stream.time_base);
-    if (!Write(*packet)) return false;
+    if (!WritePicture(*packet)) return false;
     // A muxer that opens files of its own may have closed this one.
     if (output->pb != nullptr) FFmpeg().avio_flush(output->pb);
     return true;

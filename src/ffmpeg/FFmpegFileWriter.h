@@ -78,6 +78,7 @@ private:
     bool IsOpen() const { return output != nullptr && output->pb != nullptr; }
     bool WriteHeader();
     bool Write(AVPacket& packet);
+    bool WritePicture(AVPacket& packet);
     void SetTimeCode(AVRational rate, int64_t frames);
     bool OpenAudioEncoder(const AVCodec& encoder, const AudioDescription& audio);
 

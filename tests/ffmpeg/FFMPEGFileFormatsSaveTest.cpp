@@ -55,6 +55,21 @@ TEST_F(SavedFile, EveryFrameArrivesInItsOrder) {
     }
 }
 
+TEST_F(SavedFile, PicturesBringTheirParametersWhereTheContainerKeepsNone) {
+    Saver saver("Windows Television (WTV)", "MPEG4");
+    saver.Set("KeyFrames", 4.0);
+    SaveGreyMovie(saver, path, 8);
+    EXPECT_EQ(LoadGreyMovie(path), Numbers(8));
+    for (const char* const encoder : {"H.264 [High]", "H.264 [Main]"}) {
+        Saver raw("raw H.264 video", encoder);
+        SaveGreyMovie(raw, path, 8);
+        const SavedMovie movie(path);
+        ASSERT_NE(movie.Pictures(), nullptr) << encoder;
+        EXPECT_EQ(movie.pictureCount, 8) << encoder;
+        EXPECT_EQ(movie.Pictures()->codecpar->width, 64) << encoder;
+    }
+}
+
 TEST_F(SavedFile, ContainersOfOtherKindsHoldTheFramesToo) {
     for (const char* const container : {"AVI (Audio Video Interleaved)", "QuickTime / MOV",
                                         "MP4 (MPEG-4 Part 14)", "MPEG-TS (MPEG-2 Transport Stream)"}) {

@@ -13,6 +13,7 @@
 
 namespace {
 
+constexpr uint32_t kQuality = 80;  ///< of 100, for encoders that ask
 constexpr uint32_t kCodeAlpha = 2; ///< of `CxEncodedFrame::flags`
 // Colour values in FFmpeg's numbering.
 constexpr int kNotTold = 2;
@@ -101,6 +102,7 @@ CxVideoSettings DescribeStream(const MovieTrackSettings& movie, const CxEncoderI
     settings.value9 = static_cast<uint16_t>(movie.colorPrimaries);
     settings.value10 = static_cast<uint16_t>(movie.colorTransfer);
     settings.value11 = static_cast<uint16_t>(movie.colorMatrix);
+    settings.quality = kQuality;
     return settings;
 }
 
@@ -124,7 +126,9 @@ std::unique_ptr<CxAbstractAVCodec> OpenEncoder(const CxEncoderInfo& row, MovieTr
     return encoder;
 }
 
-void EncodeImage(CxAbstractAVCodec& encoder, const CxEncoderInfo& row, const MovieTrackSettings& movie,
+/// Encodes an image, or with none goes on with those that the encoder holds back.
+/// @return whether a frame came out and was written
+bool EncodeImage(CxAbstractAVCodec& encoder, const CxEncoderInfo& row, const MovieTrackSettings& movie,
                  Image* image, MovieTrackWriter& writer) {
     EncodedFrame frame;
     frame.codecTag = CodecTag(row);
@@ -134,8 +138,11 @@ void EncodeImage(CxAbstractAVCodec& encoder, const CxEncoderInfo& row, const Mov
     if (error != CxAV_OK)
         throw ToolError(error == CxAV_UNSUPPORTED ? ExitStatus::Unsupported : ExitStatus::JobFailed,
                         movie.path, "'" + row.name + "' can't encode a frame");
+    if (frame.data == nullptr) return false;
     if (IsProRes(movie.fourCC)) TagProResFrame(movie, {frame.data, frame.size});
-    writer.WriteFrame(frame.data, frame.size);
+    // Back-ends that code pictures by others fill in the times; what they leave out is a key frame.
+    writer.WriteFrame(frame.data, frame.size, frame.timing.timeBase == 0 || frame.timing.isKeyFrame);
+    return true;
 }
 
 void Describe(const FrameTrack& track, const MovieTrackSettings& movie, const CxEncoderInfo& row,
@@ -178,12 +185,17 @@ void RunEncode(const EncodeOptions& options, Report& report) {
 
     MovieTrackWriter writer(movie);
     Progress progress("encode", track.frameCount, options.progress);
+    int64_t written = 0;
     for (int64_t index = 0; index < track.frameCount; ++index) {
         ThrowIfCancelled(options.input);
         const HostImage image = input->Read(index, track.kind);
-        EncodeImage(*encoder, row, movie, image.get(), writer);
+        written += EncodeImage(*encoder, row, movie, image.get(), writer) ? 1 : 0;
         progress.Step();
     }
+    while (written < track.frameCount && EncodeImage(*encoder, row, movie, nullptr, writer))
+        ++written;
+    if (written < track.frameCount)
+        throw ToolError(ExitStatus::JobFailed, movie.path, "'" + row.name + "' gave too few frames");
     ThrowIfCancelled(options.input);
     writer.Finish();
     Describe(track, movie, row, report);
