@@ -30,6 +30,7 @@ void Flatten(const std::map<std::string, Value>& map, QMap<QString, QVariant>& o
 } // namespace
 
 bool IOMetadataMap::Add(const std::string& key, VARIANT* value) {
+    if (value == nullptr) return false;
     switch (value->vt) {
     case VT_BSTR: strings_[key] = TextOfBstr(value->bstrVal); return true;
     case VT_I2: integers_[key] = value->iVal; return true;

@@ -18,7 +18,8 @@ public:
     /// Stores a value under a key, in the place of an earlier one of its type. Of the types that `VARIANT`
     /// has, strings, floats, integers of 16 and 32 bits, and arrays of one dimension of the latter two and of
     /// bytes are taken. An array of a single element is refused. Kept.
-    /// @param value  stays the caller's; an array that is refused for its bounds stays accessed
+    /// @param value  stays the caller's; null isn't taken; an array that is refused for its bounds stays
+    /// accessed
     /// @return false for what isn't taken, and for an array that the platform can't read, which is reported.
     ///         Throws std::bad_alloc
     bool Add(const std::string& key, VARIANT* value);

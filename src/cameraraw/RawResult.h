@@ -36,6 +36,14 @@ bool IsRawThere(const Pointer& pointer) {
     return false;
 }
 
+/// The same for a call after which only the object counts that it gave: one that came with the second try
+/// will do. Kept. One that is missing after a success is reported too.
+/// @param pointer  where the call puts it
+template <typename Pointer, typename Call>
+bool RawFinds(const Pointer& pointer, const Call& call) {
+    return RawSucceeds(call) ? IsRawThere(pointer) : static_cast<bool>(pointer);
+}
+
 /// `RawSucceeds` for a call that gives an object. One that is missing after a success is reported too.
 /// @param pointer  where the call puts it; empty after a failure
 template <typename Pointer, typename Call>

@@ -37,9 +37,9 @@ VrelDecoderContext::~VrelDecoderContext() {
 bool VrelDecoderContext::CreateCodec() {
     const RawPointer<RawFactory> factory = CreateRawFactory();
     if (!factory) return false;
-    if (!RawGives(codec_, [&] { return factory->CreateCodec(codec_.Receive()); }) ||
-        !RawGives(constants_, [&] { return QueryRaw(codec_.Get(), IID_RawConstants, constants_); }) ||
-        !RawGives(extras_, [&] { return QueryRaw(codec_.Get(), IID_RawExtras, extras_); }))
+    if (!RawFinds(codec_, [&] { return factory->CreateCodec(codec_.Receive()); }) ||
+        !RawFinds(constants_, [&] { return QueryRaw(codec_.Get(), IID_RawConstants, constants_); }) ||
+        !RawFinds(extras_, [&] { return QueryRaw(codec_.Get(), IID_RawExtras, extras_); }))
         return false;
     // What it tells is dropped: the calls are a test of the SDK. Kept.
     ReadRawDefaults(*constants_.Get());
@@ -57,14 +57,15 @@ bool VrelDecoderContext::Configure() {
     if (isConfigured_) return true;
     RawPointer<RawPipelineSetup> setup;
     if (!IsRawThere(codec_) ||
-        !RawGives(setup, [&] { return QueryRaw(codec_.Get(), IID_RawPipelineSetup, setup); }) ||
-        !RawSucceeds([&] { return setup->SetPipelineOption(0); }))
+        !RawFinds(setup, [&] { return QueryRaw(codec_.Get(), IID_RawPipelineSetup, setup); }))
         return false;
+    // The pipeline is set also where the option is refused. Kept.
+    RawSucceeds([&] { return setup->SetPipelineOption(0); });
     pipeline_ = rawPipelineCpu;
     const auto setPipeline = [&] { return setup->SetPipeline(pipeline_, nullptr, nullptr); };
     // Here the second try counts, and the report takes a third one. Kept.
     if (setPipeline() != S_OK && !RawSucceeds(setPipeline)) return false;
-    // A flow that came with the second try counts too. Kept.
+    // A flow that is missing is reported after a failure too. Kept.
     RawSucceeds([&] { return QueryRaw(codec_.Get(), FlowOf(pipeline_), flow_); });
     if (!IsRawThere(flow_)) return false;
     isConfigured_ = RawSucceeds([&] { return codec_->SetCallback(&callback_); });
@@ -74,8 +75,9 @@ bool VrelDecoderContext::Configure() {
 }
 
 bool VrelDecoderContext::OpenClip(const char* path) {
-    ReleaseClip();
-    return CatchAll(false, [&] { return path != nullptr && Configure() && ReadClip(path); });
+    clip_ = CatchAll(RawPointer<RawClip>(), [&] { return FindClip(path); });
+    reader_.Reset();
+    return clip_ && CatchAll(false, [&] { return ReadClip(); });
 }
 
 void VrelDecoderContext::ReleaseClip() {
@@ -83,14 +85,21 @@ void VrelDecoderContext::ReleaseClip() {
     reader_.Reset();
 }
 
-bool VrelDecoderContext::ReadClip(const char* path) {
+/// Null without a path, a codec or a clip.
+RawPointer<RawClip> VrelDecoderContext::FindClip(const char* path) {
+    RawPointer<RawClip> clip;
+    if (path == nullptr || !Configure()) return clip;
+    const BstrHolder name(path);
+    RawFinds(clip, [&] { return codec_->OpenClip(name.Get(), clip.Receive()); });
+    return clip;
+}
+
+bool VrelDecoderContext::ReadClip() {
     facts_ = {};
     clipValues_ = {};
     frameValues_ = {};
     metadata_.Clear();
-    const BstrHolder name(path);
-    if (!RawGives(clip_, [&] { return codec_->OpenClip(name.Get(), clip_.Receive()); })) return false;
-    if (!RawGives(reader_, [&] { return QueryRaw(clip_.Get(), IID_RawClipReader, reader_); }) ||
+    if (!RawFinds(reader_, [&] { return QueryRaw(clip_.Get(), IID_RawClipReader, reader_); }) ||
         !ReadFacts()) {
         ReleaseClip();
         return false;
@@ -115,7 +124,7 @@ bool VrelDecoderContext::ReadFirstFrame() {
     const RawPointer<RawFrame> frame = ReadFrame(0, bitstream, reader_.Get());
     if (!frame) return false;
     RawPointer<RawFrameSize> size;
-    if (!RawGives(size, [&] { return QueryRaw(frame.Get(), IID_RawFrameSize, size); })) return false;
+    if (!RawFinds(size, [&] { return QueryRaw(frame.Get(), IID_RawFrameSize, size); })) return false;
     RawSucceeds(
         [&] { return size->GetProcessedDimensions(&facts_.processedWidth, &facts_.processedHeight); });
     if (!ReadSettings(*frame.Get())) return false;

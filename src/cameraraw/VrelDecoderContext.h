@@ -41,7 +41,9 @@ public:
 
     /// Opens a clip, in the place of one that is open, and reads all that is known of it. The first clip
     /// configures the codec, once for the context's life.
-    /// @return false if it can't be opened; it may stay half open then, until it is released
+    /// @param path  UTF-8; null fails
+    /// @return false if it can't be opened. If it is no clip none is open then, and what the last one told
+    ///         stays; otherwise it may stay half open, until it is released
     bool OpenClip(const char* path);
     /// Closes the clip. What it told of itself stays.
     void ReleaseClip();
@@ -65,12 +67,15 @@ public:
     /// Reads frame `frame` into `bitstream`, which is the frame's to the end of its decoding.
     /// @return null on failure, a job that failed among them. Throws std::bad_alloc
     RawPointer<RawFrame> ReadFrame(uint64_t frame, CxAlignedBuffer& bitstream, RawClipReader* reader);
-    /// Submits a job and waits for it. The job may be run again afterwards.
+    /// Submits a job and waits for it, unless the SDK refuses it twice: it is not under way afterwards, and
+    /// may be run again.
     /// @return the job's result, or `E_FAIL` for a null job or one that is not accepted. Throws
     ///         std::bad_alloc, with no job under way
     static HRESULT RunJob(RawJob* job);
-    /// Decodes and processes a frame that was read. Throws std::bad_alloc, with no job under way.
-    /// @param output  as for `DecodeFrame`
+    /// Decodes and processes a frame that was read. Throws std::bad_alloc, with no job under way. A null
+    /// frame or settings fail.
+    /// @param bitstream  what the frame was read into
+    /// @param output     as for `DecodeFrame`
     bool DecodeAndProcess(RawFrame* frame, RawClipSettings* clipSettings, RawFrameSettings* frameSettings,
                           void* bitstream, CxAlignedBuffer& output);
 
@@ -78,7 +83,8 @@ private:
     bool CreateCodec();
     void ReleaseCodec();
     bool Configure();
-    bool ReadClip(const char* path);
+    RawPointer<RawClip> FindClip(const char* path);
+    bool ReadClip();
     bool ReadFacts();
     bool ReadFirstFrame();
     bool ReadSettings(RawFrame& frame);

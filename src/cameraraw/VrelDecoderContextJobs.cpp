@@ -13,16 +13,10 @@ namespace {
 /// The result that stands for a size or a buffer that can't be used.
 constexpr HRESULT unusable = 1;
 
-/// Makes room for `size` bytes. A size beyond what a buffer can have is refused, and so is 0 for a buffer
-/// that was never filled: there would be nothing to give to the SDK.
+/// Makes room for `size` bytes, without a word. A size beyond what a buffer can have is refused; one of 0
+/// leaves a buffer that was never filled null, as a refusal does.
 bool MakeRoom(CxAlignedBuffer& buffer, uint32_t size) {
-    return buffer.EnsureSize(static_cast<int32_t>(size)) && buffer.data != nullptr;
-}
-
-bool MakeRoomOrReport(CxAlignedBuffer& buffer, uint32_t size) {
-    if (MakeRoom(buffer, size)) return true;
-    ReportRawNull();
-    return false;
+    return buffer.EnsureSize(static_cast<int32_t>(size));
 }
 
 /// The table of the LUT that the settings choose.
@@ -42,20 +36,26 @@ bool RunNewJob(const char* createStep, const char* waitStep, const Create& creat
            RawStepSucceeds(waitStep, [&] { return VrelDecoderContext::RunJob(job.Get()); });
 }
 
+/// Submits a job, once more if it is refused. What isn't exactly 0 is reported, and yet a positive result
+/// means that the job was accepted: it is not submitted again, since it may be under way.
+/// @return whether it was accepted
+bool SubmitJob(RawJob& job) {
+    HRESULT result = job.Submit();
+    if (result == S_OK) return true;
+    if (result < 0) result = job.Submit();
+    ReportRawResult(result);
+    return result >= 0;
+}
+
 } // namespace
 
 HRESULT VrelDecoderContext::RunJob(RawJob* job) {
     if (job == nullptr) return E_FAIL;
     RawWait wait;
+    HRESULT kept = E_FAIL;
+    RawSucceeds([&] { return kept = job->SetUserData(&wait); });
     // Without the record the end of the job could not be told.
-    if (!RawSucceeds([&] { return job->SetUserData(&wait); })) return wait.result;
-    bool isUnderWay = false;
-    RawSucceeds([&] {
-        const HRESULT result = job->Submit();
-        isUnderWay = isUnderWay || result == S_OK;
-        return result;
-    });
-    if (isUnderWay) wait.Wait();
+    if (kept == S_OK && SubmitJob(*job)) wait.Wait();
     return wait.result;
 }
 
@@ -64,16 +64,18 @@ RawPointer<RawFrame> VrelDecoderContext::ReadFrame(uint64_t frame, CxAlignedBuff
     uint32_t size = 0;
     RawPointer<RawJob> job;
     if (!IsRawThere(clip_) || !IsRawThere(reader) ||
-        !RawSucceeds([&] { return reader->GetBitstreamBound(&size); }) ||
-        !MakeRoomOrReport(bitstream, size) ||
+        !RawSucceeds([&] { return reader->GetBitstreamBound(&size); }))
+        return {};
+    MakeRoom(bitstream, size);
+    if (!IsRawThere(bitstream.data) ||
         !RawGives(job, [&] { return reader->CreateReadJob(frame, bitstream.data, size, job.Receive()); }))
         return {};
     RawWait wait;
-    // Its result isn't looked at, and neither is the job's: without a product it has failed. Kept.
-    job->SetUserData(&wait);
+    // Without the record the end of the job could not be told. Nothing is said of that.
+    if (job->SetUserData(&wait) != S_OK && job->SetUserData(&wait) != S_OK) return {};
     if (job->Submit() < 0) return {};
     wait.Wait();
-    // The product of a read is handed over as the frame's first interface.
+    // The job's result isn't looked at: without a product, the frame's first interface, it has failed. Kept.
     return RawPointer<RawFrame>(static_cast<RawFrame*>(wait.product.Detach()));
 }
 
@@ -109,13 +111,14 @@ bool VrelDecoderContext::DecodeAndProcess(RawFrame* frame, RawClipSettings* clip
                                           RawFrameSettings* frameSettings, void* bitstream,
                                           CxAlignedBuffer& output) {
     uint32_t stateSize = 0;
-    if (!IsRawThere(flow_) || !RawSucceeds([&] { return flow_->GetFrameStateSize(&stateSize); }))
+    if (!IsRawThere(flow_) || !IsRawThere(frame) || !IsRawThere(clipSettings) || !IsRawThere(frameSettings) ||
+        !RawSucceeds([&] { return flow_->GetFrameStateSize(&stateSize); }))
         return false;
     RawPointer<RawLut> lut;
     void* const lutTable = TableOf(*clipSettings, lut);
     CxAlignedBuffer state;
     CxAlignedBuffer decoded;
-    return MakeRoomOrReport(state, stateSize) && RawSucceeds([&] {
+    return MakeRoom(state, stateSize) && RawSucceeds([&] {
                return flow_->FillFrameState(frame, clipSettings, frameSettings, state.data, stateSize);
            }) &&
            Decode(state.data, bitstream, decoded) && Process(state.data, decoded.data, lutTable, output);
@@ -123,8 +126,7 @@ bool VrelDecoderContext::DecodeAndProcess(RawFrame* frame, RawClipSettings* clip
 
 bool VrelDecoderContext::Decode(void* state, void* bitstream, CxAlignedBuffer& decoded) {
     uint32_t size = 0;
-    return RawSucceeds([&] { return flow_->GetDecodedSize(state, &size); }) &&
-           MakeRoomOrReport(decoded, size) &&
+    return RawSucceeds([&] { return flow_->GetDecodedSize(state, &size); }) && MakeRoom(decoded, size) &&
            RunNewJob("CreateDecodeJob", "WaitForDecodeJob", [&](RawJob** job) {
                return flow_->CreateDecodeJob(state, bitstream, decoded.data, job);
            });
@@ -133,7 +135,7 @@ bool VrelDecoderContext::Decode(void* state, void* bitstream, CxAlignedBuffer& d
 bool VrelDecoderContext::Process(void* state, void* decoded, void* lutTable, CxAlignedBuffer& output) {
     uint32_t size = 0;
     if (!RawSucceeds([&] { return flow_->GetProcessedSize(state, &size); })) return false;
-    if (!MakeRoom(output, size)) {
+    if (!MakeRoom(output, size) || output.data == nullptr) {
         ReportRawResult(unusable);
         return false;
     }

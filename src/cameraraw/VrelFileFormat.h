@@ -46,7 +46,7 @@ public:
 
     /// Writes the clip's metadata and then a frame's, whose values win, into the image's table "Metadata", as
     /// text. Entries without text are left out. Without an image or metadata of the clip nothing is written,
-    /// also of the frame. Kept.
+    /// also of the frame. Kept. Throws std::bad_alloc.
     void ApplyMetadata(Image*& image, const QMap<QString, QVariant>& frameMetadata) const;
 
     /// The context of the open clip, or null.

@@ -1,6 +1,7 @@
 // How VrelFileFormat is announced to the host.
 
 #include "cameraraw/VrelFileFormat.h"
+#include "framework/CatchAll.h"
 #include "host/Registry.h"
 #include "host/ScriptInfo.h"
 
@@ -23,7 +24,7 @@ bool Init(Registry*) { return true; }
 void Cleanup(Registry*) {}
 
 Object* Create(const Registry* registry, const ScriptVal& value, const TagList& tags) {
-    return new VrelFileFormat(registry, value, tags);
+    return CatchAll<Object*>(nullptr, [&] { return new VrelFileFormat(registry, value, tags); });
 }
 
 TagList Describe(const ScriptInfo& script) {

@@ -1,5 +1,6 @@
 // The encoding side of FFMPEGCodecs.
 
+#include "ffmpeg/EnumNumbers.h"
 #include "ffmpeg/FFMPEGCodecs.h"
 #include "ffmpeg/FFmpegVersions.h"
 #include "framework/CatchAll.h"
@@ -42,9 +43,9 @@ void Configure(const EncoderEntry& entry, const CxVideoSettings& settings, AVCod
 }
 
 void SetColors(const CxVideoSettings& settings, AVCodecContext& context) {
-    context.color_primaries = static_cast<AVColorPrimaries>(static_cast<int16_t>(settings.value9));
-    context.color_trc = static_cast<AVColorTransferCharacteristic>(static_cast<int16_t>(settings.value10));
-    context.colorspace = static_cast<AVColorSpace>(static_cast<int16_t>(settings.value11));
+    SetNumber(context.color_primaries, static_cast<int16_t>(settings.value9));
+    SetNumber(context.color_trc, static_cast<int16_t>(settings.value10));
+    SetNumber(context.colorspace, static_cast<int16_t>(settings.value11));
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "ffmpeg/FrameColors.h"
+#include "ffmpeg/EnumNumbers.h"
 
 #include "ffmpeg/FFmpegBinding.h"
 
@@ -14,7 +15,7 @@ bool IsGrey(AVPixelFormat format) {
 } // namespace
 
 int32_t HostMatrixOf(const AVFrame& frame) {
-    switch (frame.colorspace) {
+    switch (NumberIn(frame.colorspace)) {
     case AVCOL_SPC_BT470BG: return 0;
     case AVCOL_SPC_SMPTE170M:
     case AVCOL_SPC_SMPTE240M: return 2;
@@ -23,7 +24,7 @@ int32_t HostMatrixOf(const AVFrame& frame) {
 }
 
 int ScalerMatrixOf(const AVFrame& frame) {
-    switch (frame.colorspace) {
+    switch (NumberIn(frame.colorspace)) {
     case AVCOL_SPC_FCC:
     case AVCOL_SPC_BT470BG:
     case AVCOL_SPC_SMPTE170M:

@@ -1,4 +1,5 @@
 #include "ffmpeg/FrameConverter.h"
+#include "ffmpeg/EnumNumbers.h"
 
 #include "ffmpeg/FrameColors.h"
 #include "ffmpeg/FrameLayouts.h"
@@ -145,9 +146,9 @@ AVFrame* FrameConverter::ForEncoder(const AVFrame& words, const AVCodecContext& 
     FramePointer picture = MakeFrame(words.width, words.height, encoder.pix_fmt);
     if (!picture) return nullptr;
     picture->color_range = encoder.color_range;
-    picture->color_primaries = encoder.color_primaries;
-    picture->color_trc = encoder.color_trc;
-    picture->colorspace = encoder.colorspace;
+    SetNumber(picture->color_primaries, NumberIn(encoder.color_primaries));
+    SetNumber(picture->color_trc, NumberIn(encoder.color_trc));
+    SetNumber(picture->colorspace, NumberIn(encoder.colorspace));
     return WriteWords(words, *picture, image) ? picture.release() : nullptr;
 }
 

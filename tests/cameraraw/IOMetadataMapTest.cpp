@@ -192,6 +192,14 @@ TEST(IOMetadataMap, AnArrayThatCantBeAccessedIsRefusedAndReported) {
     EXPECT_TRUE(IsEmpty(map));
 }
 
+TEST(IOMetadataMap, ANullValueIsNotTaken) {
+    IOMetadataMap map;
+    EXPECT_FALSE(map.Add("key", nullptr));
+    QMap<QString, QVariant> flat;
+    map.ToMap(flat);
+    EXPECT_TRUE(flat.isEmpty());
+}
+
 TEST(IOMetadataMap, TheFlatFormHasScalarsAndNoArrays) {
     IOMetadataMap map;
     const std::vector<std::pair<const char*, FillVariant>> rows = {

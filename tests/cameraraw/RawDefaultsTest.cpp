@@ -98,6 +98,28 @@ TEST_F(RawLimits, OnesThatAreRefusedStayTheRecordsAndTheNextAreRead) {
     EXPECT_TRUE(limits.gammas.isReadOnly);
 }
 
+TEST_F(RawLimits, AListOfNoNamesIsEmptyWhateverTheSdkHas) {
+    Script().listCounts = {0};
+    const RawDefaults limits = Read();
+    EXPECT_TRUE(limits.gamuts.names.empty());
+    EXPECT_TRUE(limits.gamuts.isReadOnly);
+}
+
+TEST_F(RawLimits, AListOfMoreNamesThanAnyAttributeHasIsNotRead) {
+    for (const uint32_t count : {4097U, 0xFFFFFFFFU}) {
+        Script().listCounts = {count};
+        const RawDefaults limits = Read();
+        EXPECT_EQ(limits.gamuts.names, RawDefaults().gamuts.names) << count;
+        EXPECT_EQ(CallsOf("RawConstants.GetAttributeList gamt values"), 0) << count;
+    }
+}
+
+TEST_F(RawLimits, ACountBeyondTheOneThatWasToldFirstTakesNoMoreNames) {
+    Script().gamuts = {"One", "Two", "Three"};
+    Script().listCounts = {2, 0xFFFFFFFF};
+    EXPECT_EQ(Read().gamuts.names, (std::vector<std::string>{"One", "Two"}));
+}
+
 TEST_F(RawLimits, AListWithoutACountIsNotAskedForItsValues) {
     Script().failing = {{"RawConstants.GetAttributeList gamt count", 1}};
     EXPECT_EQ(WordsOf([&] { Read(); }), "Vrel HRESULT = 0x0");

@@ -1,5 +1,5 @@
-// Finding the SDK, as a process does it: once. Each test of a missing one runs a program that loads the
-// module.
+// Finding the SDK, as a process does it: once. Each test of a missing one runs a program that has the
+// module inside.
 
 #include "cameraraw/RawLibrary.h"
 
@@ -13,8 +13,11 @@
 namespace {
 
 const std::string libraryFile = "libRavenlightRawAPI.so";
-/// What two clips say without a codec: of the context that is made, and of its attempt to open the clip.
-const std::string withoutCodec = "Vrel NULL pointerVrel NULL pointerVrel NULL pointerVrel NULL pointer";
+/// What three clips say without a codec: of the context that is made, which has none, and of its attempt to
+/// open the clip.
+const std::string withoutCodec = "Vrel NULL pointerVrel NULL pointer"
+                                 "Vrel NULL pointerVrel NULL pointer"
+                                 "Vrel NULL pointerVrel NULL pointer";
 
 std::string ContentOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -41,7 +44,7 @@ protected:
     void ExpectRefused() const {
         const ProgramRun run = Run();
         EXPECT_EQ(run.status, 0);
-        EXPECT_TRUE(run.out.ends_with("refused\nrefused\nothers are there\n")) << run.out;
+        EXPECT_TRUE(run.out.ends_with("refused\nrefused\nrefused\nothers are there\n")) << run.out;
         EXPECT_EQ(run.err, withoutCodec);
     }
 
@@ -52,7 +55,7 @@ TEST_F(RawLibrary, IsFoundWhereLibrariesAreLookedFor) {
     place_.Write(libraryFile, ContentOf(CORVEX_RAW_SCRIPTED));
     const ProgramRun run = Run();
     EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(run.out.ends_with("opened\nopened\nothers are there\n")) << run.out;
+    EXPECT_TRUE(run.out.ends_with("opened\nopened\ndecoded\nothers are there\n")) << run.out;
     EXPECT_EQ(run.err, "");
 }
 

@@ -56,4 +56,23 @@ TEST(RawResult, AnObjectThatIsMissingIsReportedWithoutANewline) {
               "Vrel NULL pointer");
 }
 
+TEST(RawResult, AnObjectThatComesWithTheSecondTryIsFound) {
+    int object = 0;
+    int* found = nullptr;
+    const Results results({E_FAIL, S_OK});
+    const auto call = [&] {
+        const HRESULT result = results();
+        found = result == S_OK ? &object : nullptr;
+        return result;
+    };
+    EXPECT_EQ(WordsOf([&] { EXPECT_TRUE(RawFinds(found, call)); }), "Vrel HRESULT = 0x0");
+}
+
+TEST(RawResult, AnObjectThatIsNotFoundIsReportedOnceByItsFailureOrAsMissing) {
+    const int* const missing = nullptr;
+    EXPECT_EQ(WordsOf([&] { EXPECT_FALSE(RawFinds(missing, [] { return S_OK; })); }), "Vrel NULL pointer");
+    EXPECT_EQ(WordsOf([&] { EXPECT_FALSE(RawFinds(missing, [] { return E_FAIL; })); }),
+              "Vrel HRESULT = 0x80004005");
+}
+
 } // namespace

@@ -41,7 +41,7 @@ inline Calls TakeCalls() {
     return calls;
 }
 
-/// The same calls once more, and what comes after them.
+/// Several sequences of calls, one after the other.
 inline Calls Joined(const std::vector<Calls>& parts) {
     Calls all;
     for (const Calls& part : parts)
@@ -73,7 +73,7 @@ inline const Calls factsCalls = {"RawCodec.OpenClip",     "RawClip.QueryInterfac
 
 inline Calls ReadCalls(int frame) {
     return {"RawClipReader.GetBitstreamBound", "RawClipReader.CreateReadJob " + std::to_string(frame),
-            "RawJob.SetUserData", "RawJob.Submit"};
+            "RawJob.SetUserData read", "RawJob.Submit read"};
 }
 
 inline const Calls settingsCalls = {"RawFrame.QueryInterface RawFrameSize",
@@ -126,7 +126,7 @@ inline Calls DecodeCalls(int frame) {
           "RawFrame.QueryInterface RawFrameSize", "RawFrameSize.GetProcessedDimensions",
           "RawFrame.CloneFrameSettings", "RawClip.CloneClipSettings", "RawManualFlow.GetFrameStateSize",
           "RawClipSettings.GetLut", "RawManualFlow.FillFrameState", "RawManualFlow.GetDecodedSize",
-          "RawManualFlow.CreateDecodeJob", "RawJob.SetUserData", "RawJob.Submit",
-          "RawManualFlow.GetProcessedSize", "RawManualFlow.CreateProcessJob", "RawJob.SetUserData",
-          "RawJob.Submit"}});
+          "RawManualFlow.CreateDecodeJob", "RawJob.SetUserData decode", "RawJob.Submit decode",
+          "RawManualFlow.GetProcessedSize", "RawManualFlow.CreateProcessJob", "RawJob.SetUserData process",
+          "RawJob.Submit process"}});
 }

@@ -114,7 +114,7 @@ TEST_F(VrelDecoderContextTest, AClipWithoutASizeOrFramesDoesNotOpenAndIsReleased
     }
     Script().frameCount = 0;
     EXPECT_FALSE(Opens());
-    EXPECT_EQ(CallsOf("RawJob.Submit"), 0);
+    EXPECT_EQ(CallsOf("RawJob.Submit read"), 0);
 }
 
 TEST_F(VrelDecoderContextTest, AClipWhoseFirstFrameCantBeReadStaysHalfOpen) {
@@ -139,6 +139,26 @@ TEST_F(VrelDecoderContextTest, ANewClipBeginsWithoutWhatTheLastOneTold) {
     QMap<QString, QVariant> metadata;
     context.GetClipMetadata(metadata);
     EXPECT_TRUE(metadata.isEmpty());
+}
+
+TEST_F(VrelDecoderContextTest, AClipThatIsRefusedLeavesNoneOpenAndWhatTheLastOneToldStays) {
+    VrelDecoderContext context;
+    EXPECT_TRUE(context.OpenClip("clip.vrel"));
+    Script().failing["RawCodec.OpenClip"] = 2;
+    EXPECT_EQ(WordsOf([&] { EXPECT_FALSE(context.OpenClip("other.vrel")); }), "Vrel HRESULT = 0x80040002");
+    EXPECT_FALSE(context.IsOpen());
+    EXPECT_EQ(context.Facts().width, 4U);
+    EXPECT_EQ(context.Facts().timeCode, "01:00:00:00");
+}
+
+TEST_F(VrelDecoderContextTest, AnOpenClipIsReleasedOnceTheNextOneIsThere) {
+    VrelDecoderContext context;
+    EXPECT_TRUE(context.OpenClip("clip.vrel"));
+    Script().calls.clear();
+    EXPECT_TRUE(context.OpenClip("other.vrel"));
+    const Calls calls(Script().calls.begin(), Script().calls.begin() + 4);
+    EXPECT_EQ(calls, (Calls{"RawCodec.OpenClip", "~RawClip", "~RawClipReader",
+                            "RawClip.QueryInterface RawClipReader"}));
 }
 
 TEST_F(VrelDecoderContextTest, WhatAReleasedClipToldStays) {

@@ -2,6 +2,7 @@
 
 #include "cameraraw/FormatTestSupport.h"
 #include "host/Registry.h"
+#include "support/HeapSpy.h"
 
 namespace {
 
@@ -70,6 +71,14 @@ TEST_F(VrelFileFormatRegistration, ItMakesObjectsThatKnowItAlsoWithoutTheSdk) {
     ASSERT_NE(dynamic_cast<VrelFileFormat*>(object.get()), nullptr);
     EXPECT_EQ(object->GetRegistry(), registry);
     EXPECT_TRUE(TakeCalls().empty()) << "the SDK is for clips";
+}
+
+TEST_F(VrelFileFormatRegistration, WithoutMemoryItMakesNoObjectAndThrowsNothing) {
+    const ScriptVal value;
+    const TagList tags;
+    const HeapSpy heap(0);
+    EXPECT_EQ(registry->Create(value, tags), nullptr);
+    EXPECT_TRUE(heap.RanOut());
 }
 
 TEST_F(VrelFileFormatRegistration, AHostFindsAndLoadsAClipByItsExtension) {

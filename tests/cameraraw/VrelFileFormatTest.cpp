@@ -296,7 +296,7 @@ TEST_F(VrelFileFormatTest, AFrameWithFewerBytesThanItsImageNeedsFails) {
     EXPECT_TRUE(clip.Load(0));
 }
 
-TEST_F(VrelFileFormatTest, AClipThatGrewOnTheOpenObjectFailsUntilItsHeaderIsLoaded) {
+TEST_F(VrelFileFormatTest, AFrameThatIsSmallerThanTheHeaderToldFailsAndTheNextOneLoads) {
     ASSERT_TRUE(clip.Open());
     Script().processedWidth = 1;
     Script().processedHeight = 1;
@@ -304,6 +304,17 @@ TEST_F(VrelFileFormatTest, AClipThatGrewOnTheOpenObjectFailsUntilItsHeaderIsLoad
     Script().processedWidth = 4;
     Script().processedHeight = 2;
     EXPECT_TRUE(clip.Load(0));
+}
+
+TEST_F(VrelFileFormatTest, AFrameThatIsLargerThanTheHeaderToldIsReadAsTheHeadersSize) {
+    ASSERT_TRUE(clip.Open());
+    Script().processedWidth = 8;
+    Script().processedHeight = 4;
+    const ImagePtr image = MakeImage(4, 2);
+    EXPECT_TRUE(clip.Load(0, image));
+    // The planes are taken to be as far apart as those of the header's size.
+    EXPECT_EQ(PixelAtTop(*image, 3, 1),
+              (Pixel{ScriptedSample(0, 0, 7), ScriptedSample(0, 0, 15), ScriptedSample(0, 0, 23), 65535}));
 }
 
 TEST_F(VrelFileFormatTest, AHundredFramesAndTwentyClipsLeaveNothingBehind) {

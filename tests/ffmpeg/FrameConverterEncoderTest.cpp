@@ -243,7 +243,7 @@ TEST_F(FrameConverterEncoder, TheScalerIsToldItsColorsOnceForFramesThatAreAlike)
 }
 
 TEST_F(FrameConverterEncoder, NoFrameIsMadeOfAFormatThatFFmpegDoesNotKnow) {
-    for (const int format : {-1, 9999})
+    for (const int format : {-1, int{AV_PIX_FMT_NB}})
         EXPECT_EQ(Make(*MakeWords(16, 4, red), {static_cast<AVPixelFormat>(format)}), nullptr);
 }
 

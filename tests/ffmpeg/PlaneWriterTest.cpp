@@ -295,5 +295,5 @@ TEST_F(PlaneWriter, HasTheFormatsOfPlanesAndNoOthers) {
           AV_PIX_FMT_NV12,        AV_PIX_FMT_P010LE,      AV_PIX_FMT_YUV410P, AV_PIX_FMT_YUV411P,
           AV_PIX_FMT_YUV420P10BE, AV_PIX_FMT_YUV444P16BE, AV_PIX_FMT_XYZ12LE, AV_PIX_FMT_VAAPI})
         EXPECT_FALSE(HasWritablePlanes(format)) << av_get_pix_fmt_name(format);
-    EXPECT_FALSE(HasWritablePlanes(static_cast<AVPixelFormat>(9999)));
+    EXPECT_FALSE(HasWritablePlanes(AV_PIX_FMT_NB));
 }

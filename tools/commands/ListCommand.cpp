@@ -5,6 +5,8 @@
 #include "Encoders.h"
 #include "FFmpegDiagnosis.h"
 #include "FourCCText.h"
+#include "MediaFoundationDiagnosis.h"
+#include "RawDiagnosis.h"
 #include "Text.h"
 #include "TrackCodes.h"
 #include "framework/CxAVCodecRegistry.h"
@@ -23,7 +25,8 @@ struct BackEnd {
     const char* name;
     const char* factory;       ///< name of its factory in the registry; null for a host format
     const char* format;        ///< name of its host format class; null for a codec
-    std::string (*diagnose)(); ///< why it is missing, or nothing if it could be there; null if none knows
+    std::string (*diagnose)(); ///< why it is missing, or nothing if it could be there; null if none
+                               ///< knows, which holds of codecs alone
 };
 
 constexpr BackEnd kBackEnds[] = {
@@ -31,8 +34,8 @@ constexpr BackEnd kBackEnds[] = {
     {"Avid DNX", "Avid DNX", nullptr, WhyDNXIsMissing},
     {"Apple ProRes", "Apple ProRes", nullptr, nullptr},
     {"Uncompressed", "Uncompressed", nullptr, nullptr},
-    {"Media Foundation", "DXVA", nullptr, nullptr},
-    {"Ravenlight Raw", nullptr, "VrelFileFormat", nullptr},
+    {"Media Foundation", "DXVA", nullptr, WhyMediaFoundationIsMissing},
+    {"Ravenlight Raw", nullptr, "VrelFileFormat", WhyRawSdkIsMissing},
 };
 
 /// Why a back-end that is not there is missing.
@@ -48,13 +51,15 @@ std::vector<std::string> FactoryNames(uint32_t fourCC) {
     return names;
 }
 
+bool IsAnnounced(const std::string& className) {
+    const std::vector<Registry*> formats = Registry::Formats();
+    return std::ranges::any_of(formats,
+                               [&](const Registry* format) { return format->ClassName() == className; });
+}
+
 bool IsPresent(const BackEnd& backEnd) {
-    if (backEnd.format != nullptr) {
-        const std::vector<Registry*> formats = Registry::Formats();
-        return std::any_of(formats.begin(), formats.end(), [&](const Registry* format) {
-            return std::string(format->ClassName()) == backEnd.format;
-        });
-    }
+    // A host format is announced without its library too.
+    if (backEnd.format != nullptr) return IsAnnounced(backEnd.format) && backEnd.diagnose().empty();
     return std::ranges::any_of(TrackCodes(), [&](uint32_t code) {
         const std::vector<std::string> names = FactoryNames(code);
         return std::find(names.begin(), names.end(), backEnd.factory) != names.end();

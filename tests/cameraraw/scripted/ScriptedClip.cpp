@@ -164,7 +164,7 @@ public:
     }
     HRESULT CreateReadJob(uint64_t frame, void* buffer, uint32_t size, RawJob** job) override {
         return Give("CreateReadJob " + std::to_string(frame), job, [=] {
-            return NewScriptedJob([=](IRavenlightRawCallback& callback, RawJob* self) {
+            return NewScriptedJob("read", [=](IRavenlightRawCallback& callback, RawJob* self) {
                 std::memset(buffer, static_cast<int>(frame), size);
                 RawFrame* const product = Script().hasFrame ? new ScriptedFrame(frame) : nullptr;
                 callback.ReadFinished(self, Script().readResult, product);

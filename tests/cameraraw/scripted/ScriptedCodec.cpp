@@ -5,6 +5,7 @@
 #include "cameraraw/scripted/ScriptedJob.h"
 #include "cameraraw/scripted/ScriptedObject.h"
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -43,7 +44,7 @@ public:
             values[i].vt = VT_BSTR;
             values[i].bstrVal = BstrOfText(names[i]);
         }
-        *count = static_cast<uint32_t>(names.size());
+        *count = TakeCount().value_or(static_cast<uint32_t>(names.size()));
         *readOnly = true;
         return S_OK;
     }
@@ -53,6 +54,13 @@ public:
     }
 
 private:
+    static std::optional<uint32_t> TakeCount() {
+        std::vector<uint32_t>& counts = Script().listCounts;
+        if (counts.empty()) return std::nullopt;
+        const uint32_t count = counts.front();
+        counts.erase(counts.begin());
+        return count;
+    }
     HRESULT GiveRange(const std::string& call, BSTR camera, uint32_t attribute, VARIANT* minimum,
                       VARIANT* maximum, bool* readOnly) const {
         Script().lastText = TextOfBstr(camera);
@@ -120,8 +128,9 @@ public:
 
     HRESULT FillFrameState(RawFrame* frame, RawClipSettings*, RawFrameSettings*, void* state,
                            uint32_t stateSize) override {
-        std::memset(state, 0, stateSize);
         const State known{NumberOf(frame)};
+        if (stateSize < sizeof(known)) return E_INVALIDARG;
+        std::memset(state, 0, stateSize);
         std::memcpy(state, &known, sizeof(known));
         return Enter("FillFrameState");
     }
@@ -139,8 +148,9 @@ public:
     }
     HRESULT CreateDecodeJob(void*, void* bitstream, void* decoded, RawJob** job) override {
         return Give("CreateDecodeJob", job, [=] {
-            return NewScriptedJob([=](IRavenlightRawCallback& callback, RawJob* self) {
-                std::memset(decoded, *static_cast<uint8_t*>(bitstream), Script().decodedSize);
+            return NewScriptedJob("decode", [=](IRavenlightRawCallback& callback, RawJob* self) {
+                std::fill_n(static_cast<uint8_t*>(decoded), Script().decodedSize,
+                            *static_cast<uint8_t*>(bitstream));
                 callback.DecodeFinished(self, TakeResult(Script().decodeResults));
             });
         });
@@ -148,7 +158,7 @@ public:
     HRESULT CreateProcessJob(void* state, void*, void* processed, void* lutTable, RawJob** job) override {
         Script().lutTable = lutTable;
         return Give("CreateProcessJob", job, [=] {
-            return NewScriptedJob([=](IRavenlightRawCallback& callback, RawJob* self) {
+            return NewScriptedJob("process", [=](IRavenlightRawCallback& callback, RawJob* self) {
                 State known = {};
                 std::memcpy(&known, state, sizeof(known));
                 FillPlanes(known.frame, processed, ProcessedSize());

@@ -16,10 +16,11 @@ std::vector<std::thread>& Threads() {
 
 class ScriptedJob final : public ScriptedObject<RawJob> {
 public:
-    explicit ScriptedJob(TellEnd tellEnd) : ScriptedObject("RawJob"), tellEnd_(std::move(tellEnd)) {}
+    ScriptedJob(const char* kind, TellEnd tellEnd)
+        : ScriptedObject("RawJob"), kind_(kind), tellEnd_(std::move(tellEnd)) {}
 
     HRESULT Submit() override {
-        if (const HRESULT result = Enter("Submit"); result != S_OK) return result;
+        if (const HRESULT result = Enter("Submit " + kind_); result != S_OK) return result;
         const HRESULT result = Script().submitResult;
         if (Script().finish == Finish::InsideSubmit)
             Run();
@@ -30,10 +31,10 @@ public:
             });
         return result;
     }
-    /// Keeps the pointer also when it says that it failed.
     HRESULT SetUserData(void* data) override {
-        data_ = data;
-        return Enter("SetUserData");
+        const HRESULT result = Enter("SetUserData " + kind_);
+        if (result == S_OK) data_ = data;
+        return result;
     }
     HRESULT GetUserData(void** data) override {
         *data = data_;
@@ -53,13 +54,16 @@ private:
         callback.QueueIdle();
     }
 
+    const std::string kind_;
     const TellEnd tellEnd_;
     void* data_ = nullptr;
 };
 
 } // namespace
 
-RawJob* NewScriptedJob(TellEnd tellEnd) { return new ScriptedJob(std::move(tellEnd)); }
+RawJob* NewScriptedJob(const char* kind, TellEnd tellEnd) {
+    return new ScriptedJob(kind, std::move(tellEnd));
+}
 
 void SetJobCallback(IRavenlightRawCallback* callback) {
     JoinThreads();

@@ -8,7 +8,8 @@
 using TellEnd = std::function<void(IRavenlightRawCallback& callback, RawJob* job)>;
 
 /// A job that works and tells of its end each time that it is submitted.
-RawJob* NewScriptedJob(TellEnd tellEnd);
+/// @param kind  "read", "decode" or "process"
+RawJob* NewScriptedJob(const char* kind, TellEnd tellEnd);
 
 /// Sets whom jobs tell, once no thread is inside the one before.
 void SetJobCallback(IRavenlightRawCallback* callback);

@@ -59,6 +59,7 @@ struct ScriptedRaw {
     std::vector<HRESULT> decodeResults;  ///< of the next decode jobs; success once there are no more
     std::vector<HRESULT> processResults; ///< the same of process jobs
     std::vector<std::string> gamuts = {"Ravenlight Design"};
+    std::vector<uint32_t> listCounts; ///< told by the next questions for lists; else how many names there are
 
     std::vector<std::string> calls; ///< in their order
     HRESULT nextFailure = static_cast<HRESULT>(0x80040001);

@@ -1,4 +1,5 @@
-// The command without the library of DNx: the back-end is gone, with the reason told, and all else works.
+// The command without a library that stands behind a back-end: that is gone, with the reason told, and all
+// else works.
 
 #include "tools/commands/ToolRun.h"
 
@@ -8,25 +9,56 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// Runs the command where the library can't be loaded: a file that is none comes first.
-ProgramRun RunWithoutDNX(const Workspace& workspace, const std::string& arguments) {
-    workspace.Write("libDNxHR.so", "");
+/// Runs the command where a library can't be loaded: a file that is none comes first.
+ProgramRun RunWithout(const std::string& library, const Workspace& workspace, const std::string& arguments) {
+    workspace.Write(library, "");
     return workspace.Shell("LD_LIBRARY_PATH='" + workspace.Path("") + "' '" CORVEXVF_PROGRAM "' " +
                            arguments);
 }
 
-TEST(ListWithoutDNX, SaysWhyTheBackEndIsMissing) {
-    const Workspace workspace;
-    const ProgramRun run = RunWithoutDNX(workspace, "list --json");
+ProgramRun RunWithoutDNX(const Workspace& workspace, const std::string& arguments) {
+    return RunWithout("libDNxHR.so", workspace, arguments);
+}
+
+/// What `list` tells of a back-end.
+Json BackEnd(const ProgramRun& run, const std::string& name) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
-    const Json result = Json::parse(run.out)["result"];
-    const auto row = std::ranges::find_if(result["backEnds"],
-                                          [](const Json& entry) { return entry["name"] == "Avid DNX"; });
-    ASSERT_NE(row, result["backEnds"].end());
-    EXPECT_EQ((*row)["available"], false);
-    EXPECT_NE((*row)["reason"].get<std::string>().find("libDNxHR.so"), std::string::npos) << *row;
+    const Json list = Json::parse(run.out, nullptr, false)["result"]["backEnds"];
+    const auto row = std::ranges::find_if(list, [&](const Json& entry) { return entry["name"] == name; });
+    return row != list.end() ? *row : Json();
 }
+
+/// A back-end, and the library that stands behind it.
+struct BackEndLibrary {
+    std::string backEnd;
+    std::string library;
+};
+
+void PrintTo(const BackEndLibrary& row, std::ostream* out) { *out << row.backEnd; }
+
+class ListWithout : public testing::TestWithParam<BackEndLibrary> {};
+
+TEST_P(ListWithout, SaysWhyTheBackEndIsMissing) {
+    const Workspace workspace;
+    const Json row = BackEnd(RunWithout(GetParam().library, workspace, "list --json"), GetParam().backEnd);
+    ASSERT_TRUE(row.is_object());
+    EXPECT_EQ(row["available"], false);
+    EXPECT_NE(row["reason"].get<std::string>().find(GetParam().library), std::string::npos) << row;
+}
+
+TEST_P(ListWithout, HasTheBackEndWhereItsLibraryIs) {
+    const Workspace workspace;
+    const Json row = BackEnd(RunTool(workspace, "list --json"), GetParam().backEnd);
+    ASSERT_TRUE(row.is_object());
+    EXPECT_EQ(row["available"], true);
+    EXPECT_FALSE(row.contains("reason")) << row;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ListWithout,
+                         testing::Values(BackEndLibrary{"Avid DNX", "libDNxHR.so"},
+                                         BackEndLibrary{"Media Foundation", "libmfplat.so"},
+                                         BackEndLibrary{"Ravenlight Raw", "libRavenlightRawAPI.so"}));
 
 TEST(ListWithoutDNX, HasNoEncoderAndNoDecoderOfDNx) {
     const Workspace workspace;

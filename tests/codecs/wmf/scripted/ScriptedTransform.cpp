@@ -1,5 +1,6 @@
 // The transform and its properties.
 
+#include "codecs/WMFPointer.h"
 #include "codecs/wmf/scripted/ScriptedObjects.h"
 
 #include <algorithm>
@@ -22,14 +23,13 @@ std::string Hex(const std::vector<uint8_t>& bytes) {
 
 std::vector<uint8_t> ContentOf(IMFSample& sample) {
     const OwnCalls own;
-    IMFMediaBuffer* buffer = nullptr;
+    CxWMF::WMFPointer<IMFMediaBuffer> buffer;
     BYTE* bytes = nullptr;
     DWORD length = 0;
-    sample.ConvertToContiguousBuffer(&buffer);
+    CxWMF::Obtain(buffer, [&](IMFMediaBuffer** made) { return sample.ConvertToContiguousBuffer(made); });
     buffer->Lock(&bytes, nullptr, &length);
     std::vector<uint8_t> content(bytes, bytes + length);
     buffer->Unlock();
-    buffer->Release();
     return content;
 }
 
