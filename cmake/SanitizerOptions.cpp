@@ -14,3 +14,5 @@ SANITIZER_HOOK __tsan_default_options() {
 // libx265 keeps a block of each encoder that it frees; tests make their material with it. libx264 keeps one
 // of each encoder that refuses its size.
 SANITIZER_HOOK __lsan_default_suppressions() { return "leak:libx264\nleak:libx265"; }
+// The command's words on standard error are counted by tests.
+SANITIZER_HOOK __lsan_default_options() { return "print_suppressions=0"; }
