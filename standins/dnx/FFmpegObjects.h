@@ -9,6 +9,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 
 namespace dnx {
@@ -48,19 +49,25 @@ Error ForEachBand(AVCodecContext& context, size_t rows, const Work& work) {
     struct Job {
         const Work& work;
         size_t rows;
+        /// FFmpeg's threads are in order with this one by atomics of its own, which ThreadSanitizer can't
+        /// see.
+        std::atomic<int> ended = 0;
     } job = {work, rows};
     const auto run = [](AVCodecContext*, void* argument, int index, int) {
-        const Job& shared = *static_cast<const Job*>(argument);
+        Job& shared = *static_cast<Job*>(argument);
         const auto band = static_cast<size_t>(index);
+        int result = 0;
         try {
             shared.work(RowBand{shared.rows * band / bands, shared.rows * (band + 1) / bands});
-            return 0;
         } catch (...) {
-            return AVERROR(ENOMEM);
+            result = AVERROR(ENOMEM);
         }
+        shared.ended.fetch_add(1, std::memory_order_release);
+        return result;
     };
     int results[bands] = {};
     context.execute2(&context, run, &job, results, bands);
+    if (job.ended.load(std::memory_order_acquire) != bands) return Error::OutOfMemory;
     const bool failed = std::ranges::any_of(results, [](int result) { return result < 0; });
     return failed ? Error::OutOfMemory : Error::None;
 }
