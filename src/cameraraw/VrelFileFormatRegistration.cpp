@@ -1,9 +1,7 @@
 // How VrelFileFormat is announced to the host.
 
 #include "cameraraw/VrelFileFormat.h"
-#include "framework/CatchAll.h"
-#include "host/Registry.h"
-#include "host/ScriptInfo.h"
+#include "framework/FormatAnnouncement.h"
 
 namespace {
 
@@ -23,10 +21,6 @@ bool Init(Registry*) { return true; }
 
 void Cleanup(Registry*) {}
 
-Object* Create(const Registry* registry, const ScriptVal& value, const TagList& tags) {
-    return CatchAll<Object*>(nullptr, [&] { return new VrelFileFormat(registry, value, tags); });
-}
-
 TagList Describe(const ScriptInfo& script) {
     constexpr int64_t interfaceVersion = 0x180000;
     constexpr int64_t priority = -10;
@@ -37,7 +31,7 @@ TagList Describe(const ScriptInfo& script) {
                              {RegTag_ParentClass, TagItem::FromPtr(&ImageFormat::ClassID)},
                              {RegTag_ScriptInfo, TagItem::FromPtr(&script)},
                              {RegTag_ClassName, TagItem::FromPtr(className)},
-                             {RegTag_Create, TagItem::FromPtr(Create)},
+                             {RegTag_Create, TagItem::FromPtr(CreateFormat<VrelFileFormat>)},
                              {RegTag_CanLoad, TagItem::FromInt(1)},
                              {RegTag_CanSave, TagItem::FromInt(0)},
                              {CapabilityTag_Load, TagItem::FromInt(1)},
@@ -52,18 +46,8 @@ TagList Describe(const ScriptInfo& script) {
     return {items, false};
 }
 
-/// What is announced, in the order in which the host wants it made.
-struct Announcement {
-    Announcement() {
-        script.SetTypeInfo(typeid(VrelFileFormat), typeid(ImageFormat));
-        registry._Init(ClassRegistry, classId, Describe(script));
-    }
-
-    CxID classId{className, true};
-    ScriptInfo script{1, className, "", ""};
-    Registry registry;
-};
-
 } // namespace
 
-void RegisterVrelFileFormat() { static const Announcement announcement; }
+void RegisterVrelFileFormat() {
+    static const FormatAnnouncement<VrelFileFormat> announcement(className, Describe);
+}

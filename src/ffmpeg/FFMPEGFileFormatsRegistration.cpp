@@ -2,8 +2,7 @@
 
 #include "ffmpeg/FFMPEGFileFormats.h"
 #include "framework/CatchAll.h"
-#include "host/Registry.h"
-#include "host/ScriptInfo.h"
+#include "framework/FormatAnnouncement.h"
 
 namespace CxFFMPEG {
 
@@ -23,10 +22,6 @@ enum CapabilityTag : Tag {
 
 bool Init(Registry* registry) { return Object::RegInit(registry) && CatchAll(false, LoadFFmpeg); }
 
-Object* Create(const Registry* registry, const ScriptVal& value, const TagList& tags) {
-    return CatchAll<Object*>(nullptr, [&] { return new FFMPEGFileFormats(registry, value, tags); });
-}
-
 TagItem Extension(const char* extension) { return {RegTag_Extension, TagItem::FromPtr(extension)}; }
 
 TagList Describe(const ScriptInfo& script) {
@@ -40,7 +35,7 @@ TagList Describe(const ScriptInfo& script) {
                              {RegTag_ParentClass, TagItem::FromPtr(&ImageFormat::ClassID)},
                              {RegTag_ScriptInfo, TagItem::FromPtr(&script)},
                              {RegTag_ClassName, TagItem::FromPtr(className)},
-                             {RegTag_Create, TagItem::FromPtr(Create)},
+                             {RegTag_Create, TagItem::FromPtr(CreateFormat<FFMPEGFileFormats>)},
                              {RegTag_CanLoad, TagItem::FromInt(1)},
                              {RegTag_CanSave, TagItem::FromInt(1)},
                              {CapabilityTag_Load, TagItem::FromInt(1)},
@@ -64,20 +59,10 @@ TagList Describe(const ScriptInfo& script) {
     return {items, false};
 }
 
-/// What is announced, in the order in which the host wants it made.
-struct Announcement {
-    Announcement() {
-        script.SetTypeInfo(typeid(FFMPEGFileFormats), typeid(ImageFormat));
-        registry._Init(ClassRegistry, classId, Describe(script));
-    }
-
-    CxID classId{className, true};
-    ScriptInfo script{1, className, "", ""};
-    Registry registry;
-};
-
 } // namespace
 
-void RegisterFFMPEGFileFormats() { static const Announcement announcement; }
+void RegisterFFMPEGFileFormats() {
+    static const FormatAnnouncement<FFMPEGFileFormats> announcement(className, Describe);
+}
 
 } // namespace CxFFMPEG

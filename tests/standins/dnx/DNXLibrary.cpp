@@ -1,38 +1,24 @@
 #include "standins/dnx/DNXLibrary.h"
 
-#include <cstdlib>
-#include <dlfcn.h>
-#include <iostream>
+#include "standins/LoadedLibrary.h"
 
 namespace {
 
-template <typename Function>
-void Find(void* library, const char* name, Function& function) {
-    function = reinterpret_cast<Function>(dlsym(library, name));
-    if (function != nullptr) return;
-    std::cerr << "missing: " << name << std::endl;
-    std::abort();
-}
-
 DNXLibrary LoadLibrary() {
-    void* const library = dlopen(CORVEX_DNX_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-        std::cerr << dlerror() << std::endl;
-        std::abort();
-    }
+    const LoadedLibrary library(CORVEX_DNX_LIBRARY);
     DNXLibrary found = {};
-    Find(library, "DNX_Initialize", found.Initialize);
-    Find(library, "DNX_Finalize", found.Finalize);
-    Find(library, "DNX_GetVersion", found.GetVersion);
-    Find(library, "DNX_GetErrorString", found.GetErrorString);
-    Find(library, "DNX_GetInfoFromCompressedFrame", found.GetInfoFromCompressedFrame);
-    Find(library, "DNX_CreateDecoder", found.CreateDecoder);
-    Find(library, "DNX_DecodeFrame", found.DecodeFrame);
-    Find(library, "DNX_DeleteDecoder", found.DeleteDecoder);
-    Find(library, "DNX_CreateEncoder", found.CreateEncoder);
-    Find(library, "DNX_GetCompressedBufferSize", found.GetCompressedBufferSize);
-    Find(library, "DNX_EncodeFrame", found.EncodeFrame);
-    Find(library, "DNX_DeleteEncoder", found.DeleteEncoder);
+    library.Find("DNX_Initialize", found.Initialize);
+    library.Find("DNX_Finalize", found.Finalize);
+    library.Find("DNX_GetVersion", found.GetVersion);
+    library.Find("DNX_GetErrorString", found.GetErrorString);
+    library.Find("DNX_GetInfoFromCompressedFrame", found.GetInfoFromCompressedFrame);
+    library.Find("DNX_CreateDecoder", found.CreateDecoder);
+    library.Find("DNX_DecodeFrame", found.DecodeFrame);
+    library.Find("DNX_DeleteDecoder", found.DeleteDecoder);
+    library.Find("DNX_CreateEncoder", found.CreateEncoder);
+    library.Find("DNX_GetCompressedBufferSize", found.GetCompressedBufferSize);
+    library.Find("DNX_EncodeFrame", found.EncodeFrame);
+    library.Find("DNX_DeleteEncoder", found.DeleteEncoder);
     return found;
 }
 

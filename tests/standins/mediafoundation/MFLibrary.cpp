@@ -1,35 +1,22 @@
 #include "standins/mediafoundation/MFLibrary.h"
 
-#include <cstdlib>
+#include "standins/LoadedLibrary.h"
+
 #include <cstring>
-#include <dlfcn.h>
 #include <functional>
-#include <iostream>
 
 namespace {
 
-template <typename Function>
-void Find(void* library, const char* name, Function& function) {
-    function = reinterpret_cast<Function>(dlsym(library, name));
-    if (function != nullptr) return;
-    std::cerr << "missing: " << name << std::endl;
-    std::abort();
-}
-
 MFLibrary LoadLibrary() {
-    void* const library = dlopen(CORVEX_MEDIA_FOUNDATION_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-        std::cerr << dlerror() << std::endl;
-        std::abort();
-    }
+    const LoadedLibrary library(CORVEX_MEDIA_FOUNDATION_LIBRARY);
     MFLibrary found = {};
-    Find(library, "MFTEnumEx", found.EnumTransforms);
-    Find(library, "MFCreateMemoryBuffer", found.CreateMemoryBuffer);
-    Find(library, "MFCreateSample", found.CreateSample);
-    Find(library, "CoInitializeEx", found.CoInitializeEx);
-    Find(library, "CoUninitialize", found.CoUninitialize);
-    Find(library, "CoTaskMemFree", found.CoTaskMemFree);
-    Find(library, "DllCanUnloadNow", found.DllCanUnloadNow);
+    library.Find("MFTEnumEx", found.EnumTransforms);
+    library.Find("MFCreateMemoryBuffer", found.CreateMemoryBuffer);
+    library.Find("MFCreateSample", found.CreateSample);
+    library.Find("CoInitializeEx", found.CoInitializeEx);
+    library.Find("CoUninitialize", found.CoUninitialize);
+    library.Find("CoTaskMemFree", found.CoTaskMemFree);
+    library.Find("DllCanUnloadNow", found.DllCanUnloadNow);
     return found;
 }
 
