@@ -6,6 +6,7 @@
 #include "codecs/DNXTables.h"
 #include "codecs/PictureBuffer.h"
 #include "codecs/SampleBlobs.h"
+#include "framework/CatchAll.h"
 #include "host/Image.h"
 #include "pixel/PixelConvert.h"
 
@@ -119,12 +120,7 @@ CxAVError DNXCodec::DecodeSample(int32_t frame, Image*& image) {
 
 CxAVError DNXCodec::GetDecodedFrame(int32_t frame, Image*& image) {
     if (dataSource == nullptr || image == nullptr) return CxAV_INVALID_STATE;
-    try {
-        return LoadDNX() ? DecodeSample(frame, image) : CxAV_UNSUPPORTED;
-    } catch (...) {
-        // The metadata table throws where memory is short.
-        return CxAV_FAILED;
-    }
+    return CatchAll(CxAV_FAILED, [&] { return LoadDNX() ? DecodeSample(frame, image) : CxAV_UNSUPPORTED; });
 }
 
 bool DNXCodec::ProvideEncoder(const DNXCompressedParameters& compressed,
@@ -171,10 +167,5 @@ CxAVError DNXCodec::EncodeFrame(Image*& image, CxEncodedFrame& frame) {
     constexpr int32_t leastHeight = 120;
     if (image == nullptr || image->Height < leastHeight || image->Width < leastWidth)
         return CxAV_INVALID_STATE;
-    try {
-        return LoadDNX() ? EncodeImage(image, frame) : CxAV_UNSUPPORTED;
-    } catch (...) {
-        // The host's row threads throw where memory is short.
-        return CxAV_FAILED;
-    }
+    return CatchAll(CxAV_FAILED, [&] { return LoadDNX() ? EncodeImage(image, frame) : CxAV_UNSUPPORTED; });
 }

@@ -2,6 +2,7 @@
 
 #include "codecs/PictureBuffer.h"
 #include "codecs/SampleBlobs.h"
+#include "framework/CatchAll.h"
 #include "framework/ImageMetadata.h"
 #include "host/Edition.h"
 #include "host/Image.h"
@@ -94,11 +95,7 @@ CxAVError ProResCodec::Open() {
     width = dataSource->GetWidth();
     height = dataSource->GetHeight();
     if (decoder) return CxAV_OK;
-    try {
-        decoder.reset(PrxCreateDecoder(0, nullptr));
-    } catch (...) {
-        return CxAV_FAILED;
-    }
+    decoder.reset(CatchAll<PrxDecoderRef>(nullptr, [] { return PrxCreateDecoder(0, nullptr); }));
     return decoder ? CxAV_OK : CxAV_FAILED;
 }
 
@@ -130,12 +127,7 @@ CxAVError ProResCodec::DecodeSample(int32_t frame, Image*& image) {
 
 CxAVError ProResCodec::GetDecodedFrame(int32_t frame, Image*& image) {
     if (dataSource == nullptr || !decoder) return CxAV_INVALID_STATE;
-    try {
-        return DecodeSample(frame, image);
-    } catch (...) {
-        // The engine and the metadata table throw where memory is short.
-        return CxAV_FAILED;
-    }
+    return CatchAll(CxAV_FAILED, [&] { return DecodeSample(frame, image); });
 }
 
 CxAVError ProResCodec::SetEncoderSettings(CxVideoSettings& settings) {
@@ -171,10 +163,5 @@ CxAVError ProResCodec::EncodeImage(Image*& image, CxEncodedFrame& frame) {
 
 CxAVError ProResCodec::EncodeFrame(Image*& image, CxEncodedFrame& frame) {
     if (image == nullptr) return CxAV_INVALID_STATE;
-    try {
-        return EncodeImage(image, frame);
-    } catch (...) {
-        // The engine and the host's row threads throw where memory is short.
-        return CxAV_FAILED;
-    }
+    return CatchAll(CxAV_FAILED, [&] { return EncodeImage(image, frame); });
 }

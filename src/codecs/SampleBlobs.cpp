@@ -1,5 +1,6 @@
 #include "codecs/SampleBlobs.h"
 
+#include "framework/CatchAll.h"
 #include "framework/CxAbstractAVCodec.h"
 #include "framework/SampleSize.h"
 #include "host/Image.h"
@@ -23,9 +24,7 @@ const uint8_t* ReadSample(CxAbstractAVCodec& codec, int32_t index, int32_t& size
 
 bool ConvertToImage(uint8_t* blob, int32_t size, int32_t rowBytes, uint32_t packing, Image*& image) {
     if (image == nullptr || !HoldsImage(size, packing, rowBytes, *image)) return false;
-    try {
+    return CatchAll(false, [&] {
         return PixelConvert::BlobToImage(blob, static_cast<uint32_t>(rowBytes), packing, image);
-    } catch (...) {
-        return false;
-    }
+    });
 }

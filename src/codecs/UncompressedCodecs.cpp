@@ -1,6 +1,7 @@
 #include "codecs/UncompressedCodecs.h"
 
 #include "codecs/SampleBlobs.h"
+#include "framework/CatchAll.h"
 #include "framework/SampleSize.h"
 #include "host/Image.h"
 #include "host/Platform.h"
@@ -45,12 +46,9 @@ uint32_t PackingOf(uint32_t fourCC) {
 /// The image in a new buffer, which the caller frees, or null.
 uint8_t* ConvertToBlob(Image*& image, uint32_t packing, int32_t rowBytes) {
     uint8_t* blob = nullptr;
-    bool converted = false;
-    try {
-        converted = PixelConvert::ImageToBlob(image, static_cast<int32_t>(packing), rowBytes, blob, true);
-    } catch (...) {
-        converted = false;
-    }
+    const bool converted = CatchAll(false, [&] {
+        return PixelConvert::ImageToBlob(image, static_cast<int32_t>(packing), rowBytes, blob, true);
+    });
     // A failed conversion may leave its buffer behind.
     if (!converted && blob != nullptr) Platform::FreeMemAligned(blob);
     return converted ? blob : nullptr;
