@@ -1,0 +1,77 @@
+#include "host/LargeBlocks.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <malloc.h>
+#include <sys/mman.h>
+
+namespace {
+
+constexpr size_t hugePage = size_t{2} << 20;
+
+// AddressSanitizer tells of a use after the end only for blocks that are freed.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool keepsBlocks = false;
+#else
+constexpr bool keepsBlocks = true;
+#endif
+
+bool IsAligned(const void* block, size_t alignment) {
+    return (reinterpret_cast<uintptr_t>(block) & (alignment - 1)) == 0;
+}
+
+/// Advice goes to whole huge pages, lest one be split. What the system makes of it changes no result.
+void Advise(void* block, size_t size, int advice) {
+    if (IsAligned(block, hugePage)) madvise(block, size & ~(hugePage - 1), advice);
+}
+
+} // namespace
+
+LargeBlocks::~LargeBlocks() {
+    while (count_ != 0)
+        RemoveFirst();
+}
+
+void* LargeBlocks::Take(size_t size, size_t alignment) {
+    void* block = TakeKept(size, alignment);
+    if (block != nullptr) return block;
+    if (posix_memalign(&block, std::max(alignment, hugePage), size) != 0) return nullptr;
+    Advise(block, size, MADV_HUGEPAGE);
+    return block;
+}
+
+void* LargeBlocks::TakeKept(size_t size, size_t alignment) {
+    const std::lock_guard lock(mutex_);
+    const auto end = blocks_.begin() + count_;
+    auto best = end;
+    for (auto block = blocks_.begin(); block != end; ++block) {
+        const bool fits = block->size >= size && block->size / 2 <= size && IsAligned(block->data, alignment);
+        if (fits && (best == end || block->size < best->size)) best = block;
+    }
+    if (best == end) return nullptr;
+    void* const data = best->data;
+    kept_ -= best->size;
+    std::move(best + 1, end, best);
+    --count_;
+    return data;
+}
+
+bool LargeBlocks::Keep(void* block) {
+    const size_t size = malloc_usable_size(block);
+    if (!keepsBlocks || size < leastSize || size > mostKept) return false;
+    Advise(block, size, MADV_FREE);
+    const std::lock_guard lock(mutex_);
+    while (count_ == blocks_.size() || kept_ + size > mostKept)
+        RemoveFirst();
+    blocks_[count_++] = {block, size};
+    kept_ += size;
+    return true;
+}
+
+void LargeBlocks::RemoveFirst() {
+    std::free(blocks_.front().data);
+    kept_ -= blocks_.front().size;
+    std::move(blocks_.begin() + 1, blocks_.begin() + count_, blocks_.begin());
+    --count_;
+}
