@@ -28,7 +28,10 @@ void Advise(void* block, size_t size, int advice) {
 
 } // namespace
 
-LargeBlocks::~LargeBlocks() {
+LargeBlocks::~LargeBlocks() { Clear(); }
+
+void LargeBlocks::Clear() {
+    const std::lock_guard lock(mutex_);
     while (count_ != 0)
         RemoveFirst();
 }
@@ -36,7 +39,11 @@ LargeBlocks::~LargeBlocks() {
 void* LargeBlocks::Take(size_t size, size_t alignment) {
     void* block = TakeKept(size, alignment);
     if (block != nullptr) return block;
-    if (posix_memalign(&block, std::max(alignment, hugePage), size) != 0) return nullptr;
+    const size_t usedAlignment = std::max(alignment, hugePage);
+    if (posix_memalign(&block, usedAlignment, size) != 0) {
+        Clear();
+        if (posix_memalign(&block, usedAlignment, size) != 0) return nullptr;
+    }
     Advise(block, size, MADV_HUGEPAGE);
     return block;
 }

@@ -23,7 +23,7 @@ public:
     /// More than this in all is not kept.
     static constexpr size_t mostKept = size_t{512} << 20;
 
-    /// A kept block, else a new one. Throws nothing.
+    /// A kept block, else a new one, in the place of all that is kept if memory is short. Throws nothing.
     /// @param size       bytes, at least `leastSize`
     /// @param alignment  a power of two, at least that of a pointer
     /// @return a block for `std::free`, its bytes undefined, or null for lack of memory
@@ -38,6 +38,7 @@ private:
         size_t size = 0; ///< usable bytes
     };
 
+    void Clear();
     void* TakeKept(size_t size, size_t alignment);
     void RemoveFirst();
 

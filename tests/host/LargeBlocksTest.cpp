@@ -131,6 +131,17 @@ TEST(LargeBlocks, NullForMoreThanThereIs) {
     EXPECT_EQ(blocks.Take(size_t{1} << 50, alignment), nullptr);
 }
 
+TEST(LargeBlocks, WhatIsKeptMakesWayWhereMemoryIsShort) {
+    LargeBlocks blocks;
+    void* const freed = Pass(blocks, 16 * megabyte);
+    EXPECT_EQ(blocks.Take(size_t{1} << 50, alignment), nullptr);
+    // The block is gone: what is taken now is no larger than asked for, within the room of its alignment.
+    void* const fresh = blocks.Take(10 * megabyte, alignment);
+    ASSERT_NE(freed, nullptr);
+    EXPECT_LT(malloc_usable_size(fresh), 15 * megabyte);
+    std::free(fresh);
+}
+
 TEST(LargeBlocks, ThreadsNeverShareABlock) {
     LargeBlocks blocks;
     const auto work = [&](uint8_t mark) {
