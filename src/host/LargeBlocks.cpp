@@ -10,13 +10,6 @@ namespace {
 
 constexpr size_t hugePage = size_t{2} << 20;
 
-// AddressSanitizer tells of a use after the end only for blocks that are freed.
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool keepsBlocks = false;
-#else
-constexpr bool keepsBlocks = true;
-#endif
-
 bool IsAligned(const void* block, size_t alignment) {
     return (reinterpret_cast<uintptr_t>(block) & (alignment - 1)) == 0;
 }
@@ -27,6 +20,18 @@ void Advise(void* block, size_t size, int advice) {
 }
 
 } // namespace
+
+// GCC has a macro, Clang a feature.
+#ifdef __has_feature
+#define CORVEX_HAS_FEATURE(name) __has_feature(name)
+#else
+#define CORVEX_HAS_FEATURE(name) 0
+#endif
+#if defined(__SANITIZE_ADDRESS__) || CORVEX_HAS_FEATURE(address_sanitizer)
+constexpr bool LargeBlocks::areKept = false;
+#else
+constexpr bool LargeBlocks::areKept = true;
+#endif
 
 LargeBlocks::~LargeBlocks() { Clear(); }
 
@@ -66,7 +71,7 @@ void* LargeBlocks::TakeKept(size_t size, size_t alignment) {
 
 bool LargeBlocks::Keep(void* block) {
     const size_t size = malloc_usable_size(block);
-    if (!keepsBlocks || size < leastSize || size > mostKept) return false;
+    if (!areKept || size < leastSize || size > mostKept) return false;
     Advise(block, size, MADV_FREE);
     const std::lock_guard lock(mutex_);
     while (count_ == blocks_.size() || kept_ + size > mostKept)

@@ -18,6 +18,8 @@ public:
     /// Frees what is kept.
     ~LargeBlocks();
 
+    /// False under AddressSanitizer, which tells of a use after the end only for blocks that are freed.
+    static const bool areKept;
     /// Blocks of this size and above are worth keeping.
     static constexpr size_t leastSize = size_t{4} << 20;
     /// More than this in all is not kept.

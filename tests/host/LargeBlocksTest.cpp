@@ -14,12 +14,6 @@ namespace {
 constexpr size_t megabyte = size_t{1} << 20;
 constexpr size_t alignment = 4096;
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool keepsBlocks = false;
-#else
-constexpr bool keepsBlocks = true;
-#endif
-
 /// Gives a block back, as a host's allocator does.
 void Free(LargeBlocks& blocks, void* block) {
     if (!blocks.Keep(block)) std::free(block);
@@ -45,7 +39,7 @@ TEST(LargeBlocks, ABlockHasItsSizeAndAlignment) {
 }
 
 TEST(LargeBlocks, AFreedBlockServesTheNextOfItsSize) {
-    if (!keepsBlocks) GTEST_SKIP() << "AddressSanitizer sees blocks end only if they are freed";
+    if (!LargeBlocks::areKept) GTEST_SKIP() << "AddressSanitizer sees blocks end only if they are freed";
     LargeBlocks blocks;
     void* const freed = Pass(blocks, 16 * megabyte);
     EXPECT_EQ(Pass(blocks, 16 * megabyte), freed);
@@ -67,7 +61,7 @@ TEST(LargeBlocks, ABlockTooSmallOrMoreThanTwiceTooLargeIsPassedOver) {
     void* const freed = Pass(blocks, 16 * megabyte);
     void* const larger = blocks.Take(24 * megabyte, alignment);
     void* const smaller = blocks.Take(5 * megabyte, alignment);
-    if (keepsBlocks) {
+    if (LargeBlocks::areKept) {
         EXPECT_NE(larger, freed);
         EXPECT_NE(smaller, freed);
     }
@@ -77,7 +71,7 @@ TEST(LargeBlocks, ABlockTooSmallOrMoreThanTwiceTooLargeIsPassedOver) {
 }
 
 TEST(LargeBlocks, TheSmallestThatFitsIsTaken) {
-    if (!keepsBlocks) GTEST_SKIP() << "AddressSanitizer sees blocks end only if they are freed";
+    if (!LargeBlocks::areKept) GTEST_SKIP() << "AddressSanitizer sees blocks end only if they are freed";
     LargeBlocks blocks;
     void* const large = blocks.Take(32 * megabyte, alignment);
     void* const small = blocks.Take(24 * megabyte, alignment);
@@ -101,7 +95,7 @@ TEST(LargeBlocks, WhatIsTooSmallOrTooLargeIsNotKept) {
 }
 
 TEST(LargeBlocks, TheOldestMakeWayForANewOne) {
-    if (!keepsBlocks) GTEST_SKIP() << "AddressSanitizer sees blocks end only if they are freed";
+    if (!LargeBlocks::areKept) GTEST_SKIP() << "AddressSanitizer sees blocks end only if they are freed";
     LargeBlocks blocks;
     void* const oldest = blocks.Take(200 * megabyte, alignment);
     void* const next = blocks.Take(150 * megabyte, alignment);

@@ -1,0 +1,1 @@
+// Nothing of its own: the headers that all tests include are precompiled with it.
