@@ -14,8 +14,6 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr int32_t width = 64;
-constexpr int32_t height = 48;
 constexpr int64_t frameCount = 14;
 
 const std::string longGroups = "-preset ultrafast -bf 2 -g 6 -pix_fmt yuv420p ";
