@@ -1,13 +1,18 @@
 #include "cameraraw/automation/Variant.h"
 
+#include <cstring>
+
 namespace {
 
 bool IsPlain(VARTYPE type) { return type == VT_EMPTY || type == VT_BOOL || SizeOfElement(type) != 0; }
 
+/// All bytes 0: an assignment clears no more of the union than its first member.
+void MakeEmpty(VARIANT& value) { std::memset(&value, 0, sizeof value); }
+
 } // namespace
 
 void VariantInit(VARIANT* value) {
-    if (value != nullptr) *value = {};
+    if (value != nullptr) MakeEmpty(*value);
 }
 
 HRESULT VariantClear(VARIANT* value) {
@@ -20,6 +25,6 @@ HRESULT VariantClear(VARIANT* value) {
     } else if (!IsPlain(value->vt)) {
         return DISP_E_BADVARTYPE;
     }
-    *value = {};
+    MakeEmpty(*value);
     return S_OK;
 }
