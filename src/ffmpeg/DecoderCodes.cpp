@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <string_view>
 
 namespace CxFFMPEG {
@@ -74,8 +75,11 @@ std::span<const DecoderCode> DecoderCodes() { return table; }
 
 AVCodecID CodecOfTrack(uint32_t fourCC) {
     const auto entry = std::ranges::lower_bound(table, fourCC, {}, &DecoderCode::fourCC);
-    const bool isThere = entry != table.end() && entry->fourCC == fourCC;
-    return isThere ? entry->codec : static_cast<AVCodecID>(fourCC);
+    if (entry != table.end() && entry->fourCC == fourCC) return entry->codec;
+    // The last one that FFmpeg's headers have, whatever their version. An enumeration of this language can't
+    // hold a number with more bits than its members need.
+    constexpr uint32_t end = std::bit_ceil(uint32_t{AV_CODEC_ID_WRAPPED_AVFRAME});
+    return fourCC < end ? static_cast<AVCodecID>(fourCC) : AV_CODEC_ID_NONE;
 }
 
 bool IsAvcIntra(uint32_t fourCC) {

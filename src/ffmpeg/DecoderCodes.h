@@ -16,7 +16,8 @@ struct DecoderCode {
 /// Every code that the back-end may claim, once, in the order of the codes.
 std::span<const DecoderCode> DecoderCodes();
 
-/// The codec that decodes a track. A code outside the table is FFmpeg's own number of a codec, or of none.
+/// The codec that decodes a track. A code outside the table is FFmpeg's own number of a codec, or stands for
+/// none.
 AVCodecID CodecOfTrack(uint32_t fourCC);
 
 /// Whether the code is one of AVC-Intra (SMPTE RP 2027), whose samples may come without parameter sets.

@@ -99,6 +99,8 @@ TEST(DecoderCodes, ACodeOutsideTheTableIsFFmpegsOwnNumber) {
     EXPECT_EQ(CodecOfTrack(27), AV_CODEC_ID_H264);
     EXPECT_EQ(CodecOfTrack(AV_CODEC_ID_PRORES), AV_CODEC_ID_PRORES);
     EXPECT_EQ(CodecOfTrack(0), AV_CODEC_ID_NONE);
+    EXPECT_EQ(CodecOfTrack(FourCC("what")), AV_CODEC_ID_NONE);
+    EXPECT_EQ(CodecOfTrack(~0U), AV_CODEC_ID_NONE);
 }
 
 TEST(DecoderCodes, SixteenCodesAreAvcIntra) {
