@@ -30,13 +30,6 @@ if(CORVEX_SANITIZE)
     # Assertions hold in every sanitizer build, whatever the build type.
     add_compile_options(-UNDEBUG)
     add_link_options(-fsanitize=${CORVEX_SANITIZE})
-    if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND CORVEX_SANITIZE MATCHES address)
-        # The run-time as a library, as GCC has it: the tests' own forms of its functions ask for the next ones. That of
-        # ThreadSanitizer would start too late there.
-        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-resource-dir
-            OUTPUT_VARIABLE clang_resources OUTPUT_STRIP_TRAILING_WHITESPACE)
-        add_link_options(-shared-libsan -Wl,-rpath,${clang_resources}/lib/linux)
-    endif()
 else()
     # A library names everything that it needs; sanitizer run times come from the program.
     add_link_options(-Wl,--no-undefined)
