@@ -9,6 +9,6 @@
 #define CORVEX_PROGRAM_OPENS_LIBRARIES false
 #endif
 
-/// Whether a library that asks for another gets it from the program, which knows where the build has them all:
-/// Clang's ThreadSanitizer is part of the program and opens every library. Nothing can be nowhere then.
+/// Whether a library that asks for another gets it from the program, which knows where the build has them
+/// all: Clang's ThreadSanitizer is part of the program and opens every library. Nothing can be nowhere then.
 constexpr bool programOpensLibraries = CORVEX_PROGRAM_OPENS_LIBRARIES;
