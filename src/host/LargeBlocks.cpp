@@ -38,7 +38,7 @@ LargeBlocks::~LargeBlocks() { Clear(); }
 void LargeBlocks::Clear() {
     const std::lock_guard lock(mutex_);
     while (count_ != 0)
-        RemoveFirst();
+        std::free(Remove(0));
 }
 
 void* LargeBlocks::Take(size_t size, size_t alignment) {
@@ -61,12 +61,7 @@ void* LargeBlocks::TakeKept(size_t size, size_t alignment) {
         const bool fits = block->size >= size && block->size / 2 <= size && IsAligned(block->data, alignment);
         if (fits && (best == end || block->size < best->size)) best = block;
     }
-    if (best == end) return nullptr;
-    void* const data = best->data;
-    kept_ -= best->size;
-    std::move(best + 1, end, best);
-    --count_;
-    return data;
+    return best == end ? nullptr : Remove(static_cast<size_t>(best - blocks_.begin()));
 }
 
 bool LargeBlocks::Keep(void* block) {
@@ -75,15 +70,17 @@ bool LargeBlocks::Keep(void* block) {
     Advise(block, size, MADV_FREE);
     const std::lock_guard lock(mutex_);
     while (count_ == blocks_.size() || kept_ + size > mostKept)
-        RemoveFirst();
+        std::free(Remove(0));
     blocks_[count_++] = {block, size};
     kept_ += size;
     return true;
 }
 
-void LargeBlocks::RemoveFirst() {
-    std::free(blocks_.front().data);
-    kept_ -= blocks_.front().size;
-    std::move(blocks_.begin() + 1, blocks_.begin() + count_, blocks_.begin());
+void* LargeBlocks::Remove(size_t index) {
+    const auto block = blocks_.begin() + index;
+    void* const data = block->data;
+    kept_ -= block->size;
+    std::move(block + 1, blocks_.begin() + count_, block);
     --count_;
+    return data;
 }

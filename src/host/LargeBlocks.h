@@ -42,7 +42,7 @@ private:
 
     void Clear();
     void* TakeKept(size_t size, size_t alignment);
-    void RemoveFirst();
+    void* Remove(size_t index);
 
     std::mutex mutex_;
     std::array<Block, 32> blocks_; ///< the oldest first
